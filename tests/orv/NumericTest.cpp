@@ -1,0 +1,331 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "orv/ConvertArray.h"
+#include "orv/Math.h"
+#include "orv/ValueConvert.h"
+
+using namespace orv;
+
+namespace {
+
+// A probe value in exact form: an integer or a (long) double.
+struct SProbe {
+    bool isFloat;
+    __int128 i;
+    long double f;
+};
+
+struct STypeInfo {
+    EDataType type;
+    int bits;
+    bool isSigned;
+    bool isFloat;
+};
+
+const STypeInfo types[10] = {
+    {dtInt8, 8, true, false},   {dtUInt8, 8, false, false},  {dtInt16, 16, true, false}, {dtUInt16, 16, false, false},
+    {dtInt32, 32, true, false}, {dtUInt32, 32, false, false}, {dtInt64, 64, true, false}, {dtUInt64, 64, false, false},
+    {dtFlt32, 32, true, true},  {dtFlt64, 64, true, true},
+};
+
+// Two's complement wrap of v into a type of the given width, done with
+// modular arithmetic rather than casts.
+__int128 Wrap(__int128 v, int bits, bool isSigned)
+{
+    const __int128 modulus = __int128(1) << bits;
+    __int128 m = v % modulus;
+    if (m < 0) m += modulus;
+    if (isSigned && m >= modulus / 2) m -= modulus;
+    return m;
+}
+
+// Expected destination value of the conversion rule, as an integer or a
+// long double.
+SProbe Expected(const SProbe& p, const STypeInfo& d)
+{
+    if (d.isFloat) {
+        long double v = p.isFloat ? p.f : static_cast<long double>(p.i); // exact in 64-bit mantissa
+        return {true, 0, d.type == dtFlt32 ? static_cast<long double>(static_cast<float>(v))
+                                           : static_cast<long double>(static_cast<double>(v))};
+    }
+    if (!p.isFloat) return {false, Wrap(p.i, d.bits, d.isSigned), 0};
+    const long double two63 = std::ldexp(1.0L, 63);
+    const __int128 indefinite = -(__int128(1) << 63);
+    if (d.type == dtUInt64 && p.f >= two63) {
+        // [2^63, 2^64) keeps its value; beyond, the reduced value overflows.
+        if (p.f < 2 * two63) return {false, static_cast<__int128>(std::trunc(p.f)), 0};
+        return {false, __int128(1) << 63, 0};
+    }
+    if (std::isnan(p.f) || p.f < -two63 || p.f >= two63) return {false, Wrap(indefinite, d.bits, d.isSigned), 0};
+    return {false, Wrap(static_cast<__int128>(std::trunc(p.f)), d.bits, d.isSigned), 0};
+}
+
+template <class T>
+void Store(std::vector<unsigned char>& buffer, const SProbe& p)
+{
+    T v;
+    if constexpr (std::is_floating_point_v<T>)
+        v = static_cast<T>(p.f);
+    else
+        v = static_cast<T>(p.i);
+    const size_t at = buffer.size();
+    buffer.resize(at + sizeof(T));
+    std::memcpy(buffer.data() + at, &v, sizeof(T));
+}
+
+template <class T>
+SProbe Load(const unsigned char* at)
+{
+    T v;
+    std::memcpy(&v, at, sizeof(T));
+    if constexpr (std::is_floating_point_v<T>)
+        return {true, 0, static_cast<long double>(v)};
+    else
+        return {false, static_cast<__int128>(v), 0};
+}
+
+// Probes of one source type, each already representable in it.
+std::vector<SProbe> ProbesOf(const STypeInfo& s)
+{
+    std::vector<SProbe> out;
+    if (s.isFloat) {
+        const double values[] = {0.0, 1.0, -1.0, 300.7, -1.5, -0.9, 0.9, 127.5, 128.0, -129.0, 255.9, 256.0,
+                                 65535.0, 65536.9, -32769.0, 2147483647.0, -2147483649.0, 4294967295.0, 4294967296.5,
+                                 9007199254740993.0, 9223372036854775808.0, -9223372036854775808.0, -9.3e18,
+                                 1.8e19, 18446744073709549568.0, 18446744073709551616.0, 1e30, -1e30,
+                                 std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()};
+        for (double v : values) {
+            // A float source holds the value rounded to float.
+            const long double f = s.type == dtFlt32 ? static_cast<long double>(static_cast<float>(v)) : v;
+            out.push_back({true, 0, f});
+        }
+        return out;
+    }
+    const __int128 values[] = {0, 1, -1, 127, 128, -128, -129, 255, 256, 300, 32767, 32768, -32769, 65535, 65536,
+                               2147483647LL, -2147483648LL, 4294967295LL, 4294967296LL, 9007199254740993LL,
+                               INT64_MAX, INT64_MIN, static_cast<__int128>(UINT64_MAX), static_cast<__int128>(0x8000000000000001ULL),
+                               static_cast<__int128>(18446744073709549568ULL)};
+    for (__int128 v : values) out.push_back({false, Wrap(v, s.bits, s.isSigned), 0});
+    return out;
+}
+
+void Fill(std::vector<unsigned char>& buffer, const STypeInfo& t, const std::vector<SProbe>& probes)
+{
+    for (const SProbe& p : probes) {
+        switch (t.type) {
+#define CASE(T) case TDataTypeOf<T>::value: Store<T>(buffer, p); break;
+            ORV_FOR_EACH_NUMERIC_TYPE(CASE)
+#undef CASE
+        default: break;
+        }
+    }
+}
+
+SProbe LoadAt(const STypeInfo& t, const unsigned char* at)
+{
+    switch (t.type) {
+#define CASE(T) case TDataTypeOf<T>::value: return Load<T>(at);
+        ORV_FOR_EACH_NUMERIC_TYPE(CASE)
+#undef CASE
+    default: return {};
+    }
+}
+
+bool Same(const SProbe& a, const SProbe& b)
+{
+    if (a.isFloat != b.isFloat) return false;
+    if (!a.isFloat) return a.i == b.i;
+    if (std::isnan(a.f) || std::isnan(b.f)) return std::isnan(a.f) && std::isnan(b.f);
+    return a.f == b.f;
+}
+
+std::string Text(const SProbe& p)
+{
+    if (p.isFloat) return std::to_string(static_cast<double>(p.f));
+    const bool negative = p.i < 0;
+    unsigned __int128 u = negative ? -static_cast<unsigned __int128>(p.i) : static_cast<unsigned __int128>(p.i);
+    std::string s;
+    do {
+        s.insert(s.begin(), char('0' + int(u % 10)));
+        u /= 10;
+    } while (u);
+    return negative ? "-" + s : s;
+}
+
+} // namespace
+
+TEST(ConvertArray, EveryTypePairFollowsTheConversionRule)
+{
+    for (const STypeInfo& s : types) {
+        const std::vector<SProbe> probes = ProbesOf(s);
+        std::vector<unsigned char> source;
+        Fill(source, s, probes);
+        for (const STypeInfo& d : types) {
+            const size_t size = DataTypeSize(d.type);
+            std::vector<unsigned char> target(probes.size() * size + 8, 0xA5);
+            ASSERT_TRUE(ConvertArray(STypedData(target.data(), d.type), STypedData(source.data(), s.type),
+                                     unsigned(probes.size())));
+            for (size_t k = 0; k < probes.size(); ++k) {
+                const SProbe got = LoadAt(d, target.data() + k * size);
+                const SProbe want = Expected(probes[k], d);
+                EXPECT_TRUE(Same(got, want)) << "source type " << s.type << " value " << Text(probes[k])
+                                             << " to type " << d.type << ": got " << Text(got) << ", want " << Text(want);
+            }
+            // Nothing beyond count elements is written.
+            for (size_t k = probes.size() * size; k < target.size(); ++k) EXPECT_EQ(target[k], 0xA5);
+        }
+    }
+}
+
+TEST(ConvertArray, KnownValuesAndRejectedArguments)
+{
+    const double in[] = {300.7, -1.5, 18446744073709549568.0};
+    uint8_t u8[3];
+    uint16_t u16[3];
+    uint64_t u64[3];
+    ASSERT_TRUE(ConvertArray(STypedData(u8, dtUInt8), STypedData(in, dtFlt64), 3));
+    ASSERT_TRUE(ConvertArray(STypedData(u16, dtUInt16), STypedData(in, dtFlt64), 3));
+    ASSERT_TRUE(ConvertArray(STypedData(u64, dtUInt64), STypedData(in, dtFlt64), 3));
+    EXPECT_EQ(u8[0], 44);
+    EXPECT_EQ(u16[1], 65535);
+    EXPECT_EQ(u64[2], 18446744073709549568ull);
+
+    // Longer than one vector block, so that the loop tail is exercised too.
+    std::vector<uint16_t> counts(1037);
+    for (size_t i = 0; i < counts.size(); ++i) counts[i] = uint16_t(i * 63);
+    std::vector<float> out(counts.size());
+    ASSERT_TRUE(ConvertArray(STypedData(out.data(), dtFlt32), STypedData(counts.data(), dtUInt16), unsigned(counts.size())));
+    for (size_t i = 0; i < counts.size(); ++i) ASSERT_EQ(out[i], float(counts[i]));
+
+    int32_t guard[2] = {7, 7};
+    EXPECT_FALSE(ConvertArray(STypedData(guard, dtRGB24), STypedData(in, dtFlt64), 2));
+    EXPECT_FALSE(ConvertArray(STypedData(guard, dtInt32), STypedData(in, dtNoData), 2));
+    EXPECT_FALSE(ConvertArray(STypedData(guard, EDataType(-1)), STypedData(in, dtFlt64), 2));
+    EXPECT_FALSE(ConvertArray(STypedData(guard, dtInt32), STypedData(static_cast<void*>(nullptr), dtFlt64), 2));
+    EXPECT_TRUE(ConvertArray(STypedData(guard, dtInt32), STypedData(static_cast<void*>(nullptr), dtFlt64), 0));
+    EXPECT_EQ(guard[0], 7);
+    EXPECT_EQ(guard[1], 7);
+}
+
+TEST(ConvertTemperature, HandValuesAndRoundTrips)
+{
+    // The same temperatures on the four scales, index = ETempType.
+    const double freezing[4] = {0.0, 32.0, 273.15, 491.67};
+    const double boiling[4] = {100.0, 212.0, 373.15, 671.67};
+    const double absolute[4] = {-273.15, -459.67, 0.0, 0.0};
+    const double cold[4] = {-40.0, -40.0, 233.15, 419.67};
+    for (int from = 0; from < 4; ++from)
+        for (int to = 0; to < 4; ++to) {
+            const double in[4] = {freezing[from], boiling[from], absolute[from], cold[from]};
+            double out[4];
+            ASSERT_TRUE(CMath::ConvertTemperature(STypedData(out, dtFlt64), STypedData(in, dtFlt64), 4, ETempType(from), ETempType(to)));
+            EXPECT_NEAR(out[0], freezing[to], 1e-9) << from << "->" << to;
+            EXPECT_NEAR(out[1], boiling[to], 1e-9) << from << "->" << to;
+            EXPECT_NEAR(out[2], absolute[to], 1e-9) << from << "->" << to;
+            EXPECT_NEAR(out[3], cold[to], 1e-9) << from << "->" << to;
+
+            double back[4];
+            ASSERT_TRUE(CMath::ConvertTemperature(STypedData(back, dtFlt64), STypedData(out, dtFlt64), 4, ETempType(to), ETempType(from)));
+            for (int i = 0; i < 4; ++i) EXPECT_NEAR(back[i], in[i], 1e-9);
+        }
+
+    // Literal formulas, not an algebraic rearrangement: (v + 273.15) * 1.8.
+    const double v = 21.37;
+    double r;
+    ASSERT_TRUE(CMath::ConvertTemperature(STypedData(&r, dtFlt64), STypedData(&v, dtFlt64), 1, tempCelsius, tempRankine));
+    EXPECT_EQ(r, (v + 273.15) * 1.8);
+
+    // Mixed types: computed in double, stored by the conversion rule
+    // (truncation toward zero, wrapping).
+    const int16_t celsius[3] = {25, -300, 0};
+    uint16_t kelvin[3];
+    ASSERT_TRUE(CMath::ConvertTemperature(STypedData(kelvin, dtUInt16), STypedData(celsius, dtInt16), 3, tempCelsius, tempKelvin));
+    EXPECT_EQ(kelvin[0], 298);   // 298.15
+    EXPECT_EQ(kelvin[1], 65536 - 26); // -26.85 -> -26, wrapped
+    EXPECT_EQ(kelvin[2], 273);
+    const float hot = 300.7f;
+    uint8_t same;
+    ASSERT_TRUE(CMath::ConvertTemperature(STypedData(&same, dtUInt8), STypedData(&hot, dtFlt32), 1, tempKelvin, tempKelvin));
+    EXPECT_EQ(same, 44);
+
+    // More elements than one internal block, with an odd tail.
+    std::vector<float> many(1500), manyOut(1500);
+    for (size_t i = 0; i < many.size(); ++i) many[i] = float(i) - 700.0f;
+    ASSERT_TRUE(CMath::ConvertTemperature(STypedData(manyOut.data(), dtFlt32), STypedData(many.data(), dtFlt32), 1500, tempFahrenheit, tempCelsius));
+    for (size_t i = 0; i < many.size(); ++i) ASSERT_EQ(manyOut[i], float((double(many[i]) - 32.0) / 1.8));
+
+    // In place on integers.
+    int32_t f[3] = {32, 212, -40};
+    ASSERT_TRUE(CMath::ConvertTemperature<int32_t>(f, 3, tempFahrenheit, tempCelsius));
+    EXPECT_EQ(f[0], 0);
+    EXPECT_EQ(f[1], 100);
+    EXPECT_EQ(f[2], -40);
+    uint16_t k[2] = {300, 0};
+    ASSERT_TRUE(CMath::ConvertTemperature<uint16_t>(k, 2, tempKelvin, tempCelsius));
+    EXPECT_EQ(k[0], 26);                  // 26.85
+    EXPECT_EQ(k[1], uint16_t(-273));      // wraps like every element conversion
+
+    // Rejected arguments leave the target alone.
+    double guard = 5.0;
+    EXPECT_FALSE(CMath::ConvertTemperature(STypedData(&guard, dtFlt64), STypedData(&v, dtFlt64), 1, ETempType(4), tempCelsius));
+    EXPECT_FALSE(CMath::ConvertTemperature(STypedData(&guard, dtFlt64), STypedData(&v, dtRGB24), 1, tempCelsius, tempKelvin));
+    EXPECT_FALSE(CMath::ConvertTemperature(STypedData(&guard, dtNoData), STypedData(&v, dtFlt64), 1, tempCelsius, tempKelvin));
+    EXPECT_EQ(guard, 5.0);
+}
+
+TEST(LinearLeastSquareFit, RecoversPolynomials)
+{
+    // An exact line, constant term first.
+    TArray<double> x{1.0, 2.0, 3.0, 4.0}, y{5.0, 7.0, 9.0, 11.0}, c;
+    ASSERT_TRUE(LinearLeastSquareFit(x, y, 1, c));
+    ASSERT_EQ(c.size(), 2u);
+    EXPECT_NEAR(c[0], 3.0, 1e-12);
+    EXPECT_NEAR(c[1], 2.0, 1e-12);
+
+    // Degree 6 with x from 9000 to 11000: the powers of x are nearly
+    // collinear there, so normal equations would lose every digit.
+    const double a[7] = {3.0, -2.0, 1.5, 0.5, -0.25, 0.125, 0.1};
+    long double want[7];
+    for (int k = 0; k < 7; ++k) want[k] = a[k] / std::pow(10000.0L, k);
+    TArray<double> px, py;
+    for (int i = 0; i <= 60; ++i) {
+        const double t = 9000.0 + i * (2000.0 / 60.0);
+        const long double u = t / 10000.0L;
+        long double v = 0.0L;
+        for (int k = 6; k >= 0; --k) v = v * u + a[k];
+        px.add(t);
+        py.add(double(v));
+    }
+    TArray<double> coefficients;
+    ASSERT_TRUE(LinearLeastSquareFit(px, py, 6, coefficients));
+    ASSERT_EQ(coefficients.size(), 7u);
+    for (int k = 0; k < 7; ++k) EXPECT_NEAR(coefficients[k] / double(want[k]), 1.0, 1e-6) << "coefficient " << k;
+    for (size_t i = 0; i < px.size(); ++i) {
+        long double p = 0.0L;
+        for (size_t j = coefficients.size(); j-- > 0;) p = p * px[i] + coefficients[j];
+        EXPECT_NEAR(double(p), py[i], 1e-9) << px[i];
+    }
+
+    // A constant through identical x values works; a line through them is
+    // singular.
+    TArray<double> same{3.0, 3.0, 3.0}, vals{1.0, 2.0, 3.0}, k;
+    ASSERT_TRUE(LinearLeastSquareFit(same, vals, 0, k));
+    EXPECT_NEAR(k[0], 2.0, 1e-12);
+
+    TArray<double> untouched{42.0};
+    EXPECT_FALSE(LinearLeastSquareFit(same, vals, 1, untouched));
+    EXPECT_FALSE(LinearLeastSquareFit(x, y, -1, untouched));
+    EXPECT_FALSE(LinearLeastSquareFit(x, y, 4, untouched)); // 4 points, 5 coefficients
+    TArray<double> shortY{1.0, 2.0};
+    EXPECT_FALSE(LinearLeastSquareFit(x, shortY, 1, untouched));
+    TArray<double> withNaN{1.0, std::nan(""), 3.0, 4.0};
+    EXPECT_FALSE(LinearLeastSquareFit(withNaN, y, 1, untouched));
+    ASSERT_EQ(untouched.size(), 1u);
+    EXPECT_EQ(untouched[0], 42.0);
+}
