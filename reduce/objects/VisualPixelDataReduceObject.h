@@ -31,9 +31,9 @@ public:
     const char* GetName() const override { return kName; }
     TSharedPtr<IReduceObject> Duplicate() const override;
 
-    // Drops the views, the lists and the old block, then keeps the words, the
-    // source bitmap (by value; its pixels stay the caller's) and data, whose
-    // ownership passes to this object (it must come from Alloc).
+    // Drops the bitmaps, the lists and the old block, then keeps the words,
+    // the source bitmap by value and data. Both pass to this object: the
+    // bitmap's pixels must come from CreateBitmap, data from Alloc.
     void Init(SBitmap bitmap, SVisualPixelData* data, unsigned int word1, unsigned int word2);
     // The centre of the source cut by zoom, moved by (x, y); made once, later
     // calls return the first crop until Init. The pixels stay this object's.
