@@ -160,27 +160,50 @@ std::string Text(const SProbe& p)
 
 } // namespace
 
+namespace {
+
+// Probe sets of one source type. Floating sources get two more: the probes
+// within the 32-bit range, and a long run with one value out of that range,
+// since whole blocks in range take a faster path.
+std::vector<std::vector<SProbe>> ProbeSetsOf(const STypeInfo& s)
+{
+    std::vector<std::vector<SProbe>> sets{ProbesOf(s)};
+    if (!s.isFloat) return sets;
+    const long double two31 = std::ldexp(1.0L, 31);
+    std::vector<SProbe> inRange;
+    for (const SProbe& p : sets[0])
+        if (p.f >= -two31 && p.f < two31) inRange.push_back(p);
+    sets.push_back(inRange);
+    std::vector<SProbe> run;
+    for (int i = 0; i < 700; ++i) run.push_back({true, 0, (i * 37 % 1000) * 1.375L - 500.0L});
+    run[400].f = 5e9L; // a multiple of 2^9 within float's 24 bits: exact in both
+    sets.push_back(run);
+    return sets;
+}
+
+} // namespace
+
 TEST(ConvertArray, EveryTypePairFollowsTheConversionRule)
 {
-    for (const STypeInfo& s : types) {
-        const std::vector<SProbe> probes = ProbesOf(s);
-        std::vector<unsigned char> source;
-        Fill(source, s, probes);
-        for (const STypeInfo& d : types) {
-            const size_t size = DataTypeSize(d.type);
-            std::vector<unsigned char> target(probes.size() * size + 8, 0xA5);
-            ASSERT_TRUE(ConvertArray(STypedData(target.data(), d.type), STypedData(source.data(), s.type),
-                                     unsigned(probes.size())));
-            for (size_t k = 0; k < probes.size(); ++k) {
-                const SProbe got = LoadAt(d, target.data() + k * size);
-                const SProbe want = Expected(probes[k], d);
-                EXPECT_TRUE(Same(got, want)) << "source type " << s.type << " value " << Text(probes[k])
-                                             << " to type " << d.type << ": got " << Text(got) << ", want " << Text(want);
+    for (const STypeInfo& s : types)
+        for (const std::vector<SProbe>& probes : ProbeSetsOf(s)) {
+            std::vector<unsigned char> source;
+            Fill(source, s, probes);
+            for (const STypeInfo& d : types) {
+                const size_t size = DataTypeSize(d.type);
+                std::vector<unsigned char> target(probes.size() * size + 8, 0xA5);
+                ASSERT_TRUE(ConvertArray(STypedData(target.data(), d.type), STypedData(source.data(), s.type),
+                                         unsigned(probes.size())));
+                for (size_t k = 0; k < probes.size(); ++k) {
+                    const SProbe got = LoadAt(d, target.data() + k * size);
+                    const SProbe want = Expected(probes[k], d);
+                    EXPECT_TRUE(Same(got, want)) << "source type " << s.type << " value " << Text(probes[k]) << " to type "
+                                                 << d.type << ": got " << Text(got) << ", want " << Text(want);
+                }
+                // Nothing beyond count elements is written.
+                for (size_t k = probes.size() * size; k < target.size(); ++k) EXPECT_EQ(target[k], 0xA5);
             }
-            // Nothing beyond count elements is written.
-            for (size_t k = probes.size() * size; k < target.size(); ++k) EXPECT_EQ(target[k], 0xA5);
         }
-    }
 }
 
 TEST(ConvertArray, KnownValuesAndRejectedArguments)
