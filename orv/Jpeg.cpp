@@ -33,6 +33,9 @@ __attribute__((noinline)) bool DecodeRows(jpeg_decompress_struct& info, unsigned
                                           const unsigned char* src, unsigned long srcSize)
 {
     jpeg_create_decompress(&info);
+    // A corrupt header can claim a huge progressive image whose coefficient
+    // buffers libjpeg would allocate up front; no camera frame comes near this.
+    info.mem->max_memory_to_use = 512L << 20;
     jpeg_mem_src(&info, src, srcSize);
     if (jpeg_read_header(&info, TRUE) != JPEG_HEADER_OK) return false;
     info.out_color_space = JCS_RGB;

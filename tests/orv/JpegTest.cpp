@@ -14,7 +14,8 @@ using namespace orv;
 namespace {
 
 // Encodes width x height pixels of `components` bytes (3: RGB, 1: gray).
-std::vector<unsigned char> Encode(const std::vector<unsigned char>& pixels, int width, int height, int components)
+std::vector<unsigned char> Encode(const std::vector<unsigned char>& pixels, int width, int height, int components,
+                                  bool progressive = false)
 {
     jpeg_compress_struct info;
     jpeg_error_mgr errors;
@@ -29,6 +30,7 @@ std::vector<unsigned char> Encode(const std::vector<unsigned char>& pixels, int 
     info.in_color_space = components == 3 ? JCS_RGB : JCS_GRAYSCALE;
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, 95, TRUE);
+    if (progressive) jpeg_simple_progression(&info);
     jpeg_start_compress(&info, TRUE);
     while (info.next_scanline < info.image_height) {
         JSAMPROW row = const_cast<unsigned char*>(&pixels[size_t(info.next_scanline) * width * components]);
@@ -131,6 +133,19 @@ TEST(JpegDecode, BadStreamsFailQuietly)
     for (size_t i = 0; i < garbage.size(); ++i) garbage[i] = (unsigned char)(i * 7919 >> 3);
     garbage[0] = 0xFF, garbage[1] = 0xD8;
     EXPECT_FALSE(JpegDecode(out.data(), out.size(), garbage.data(), garbage.size()));
+
+    // A progressive header that claims 60000 x 60000 pixels the data do not
+    // hold.
+    std::vector<unsigned char> huge = Encode(TestImage(), W, H, 3, true);
+    bool patched = false;
+    for (size_t i = 2; i + 8 < huge.size() && !patched; ++i)
+        if (huge[i] == 0xFF && huge[i + 1] == 0xC2) { // progressive frame header
+            huge[i + 5] = 0xEA, huge[i + 6] = 0x60;    // height 60000, big-endian
+            huge[i + 7] = 0xEA, huge[i + 8] = 0x60;    // width 60000
+            patched = true;
+        }
+    ASSERT_TRUE(patched);
+    EXPECT_FALSE(JpegDecode(out.data(), out.size(), huge.data(), huge.size()));
 
     EXPECT_FALSE(JpegDecode(nullptr, out.size(), stream.data(), stream.size()));
     EXPECT_FALSE(JpegDecode(out.data(), out.size(), nullptr, stream.size()));
