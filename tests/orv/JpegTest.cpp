@@ -147,6 +147,20 @@ TEST(JpegDecode, BadStreamsFailQuietly)
     ASSERT_TRUE(patched);
     EXPECT_FALSE(JpegDecode(out.data(), out.size(), huge.data(), huge.size()));
 
+    // Random damage may or may not be noticed, but never writes past the
+    // given size (the sanitizer build watches reads).
+    unsigned seed = 12345;
+    for (int round = 0; round < 300; ++round) {
+        std::vector<unsigned char> damaged = stream;
+        for (int k = 0; k < 4; ++k) {
+            seed = seed * 1103515245u + 12345u;
+            damaged[2 + (seed >> 8) % (damaged.size() - 2)] ^= (unsigned char)(1u << (seed >> 4) % 8);
+        }
+        std::vector<unsigned char> target(out.size() / 2 + 16, 0xEE);
+        JpegDecode(target.data(), out.size() / 2, damaged.data(), damaged.size());
+        for (size_t i = out.size() / 2; i < target.size(); ++i) ASSERT_EQ(target[i], 0xEE) << round;
+    }
+
     EXPECT_FALSE(JpegDecode(nullptr, out.size(), stream.data(), stream.size()));
     EXPECT_FALSE(JpegDecode(out.data(), out.size(), nullptr, stream.size()));
     EXPECT_FALSE(JpegDecode(out.data(), 0, stream.data(), stream.size()));
