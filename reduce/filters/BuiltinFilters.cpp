@@ -1,0 +1,31 @@
+#include "reduce/filters/BuiltinFilters.h"
+
+#include <atomic>
+
+#include "reduce/filters/GenericFilter.h"
+#include "reduce/filters/PixelTypes.h"
+
+namespace orv::reduce {
+
+// Camera filters go above the generic one, in the order of the header.
+const SBuiltinFilter builtinFilters[] = {
+    {CGenericFilter::kName, &CGenericFilter::Register},
+};
+const unsigned builtinFilterCount = sizeof(builtinFilters) / sizeof(builtinFilters[0]);
+
+bool RegisterBuiltinFilters()
+{
+    static std::atomic<bool> done{false};
+    if (done.exchange(true)) return true;
+    RegisterPixelTypeRows(nullptr);
+    for (unsigned i = 0; i < builtinFilterCount; ++i) builtinFilters[i].Register();
+    return true;
+}
+
+namespace {
+// One initialiser for all built-in filters, so that their order is the list's
+// and not the link order of their files.
+[[maybe_unused]] const bool reg = RegisterBuiltinFilters();
+} // namespace
+
+} // namespace orv::reduce
