@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "orv/PixelType.h"
+#include "reduce/filters/RecordingReader.h"
+#include "reduce/objects/FrameInfoReduceObject.h"
+#include "reduce/objects/SourceInfoReduceObject.h"
+#include "reduce/store/InfoFile.h"
+#include "reduce/store/PixelsHeader.h"
+
+using namespace orv;
+using namespace orv::reduce;
+
+namespace {
+
+constexpr uint16_t kWidth = 4, kHeight = 3;
+constexpr uint32_t kFrameBytes = kWidth * kHeight * 2;
+
+uint16_t Value(unsigned frame, unsigned pixel) { return static_cast<uint16_t>(frame * 1000 + pixel); }
+
+struct SRecording {
+    CMemFile* mem = nullptr;
+    TSharedPtr<IFile> file;
+};
+
+// A grayscale recording of `frames` frames, finished with `declared` frames
+// in preset 0.
+SRecording MakeRecording(unsigned frames, unsigned declared)
+{
+    SRecording r;
+    r.mem = new CMemFile;
+    r.mem->Create();
+    r.file = TSharedPtr<IFile>(r.mem);
+    CReduceObjectArray objects;
+    TSharedPtr<CSourceInfoReduceObject> source = objects.GetSourceInfo(true);
+    source->pixelType = pixelGrayscale;
+    source->imageWidth = source->frameWidth = kWidth;
+    source->imageHeight = source->frameHeight = kHeight;
+    EXPECT_TRUE(StartQRTFile(r.file, objects, true));
+    for (unsigned f = 0; f < frames; ++f)
+        for (unsigned p = 0; p < kWidth * kHeight; ++p) r.file->PutUInt16(Value(f, p));
+    unsigned counts[4] = {declared, 0, 0, 0};
+    EXPECT_TRUE(FinishQRTFile(r.file, counts, true));
+    return r;
+}
+
+bool Says(const CRecordingReader& reader, const char* words)
+{
+    return std::strstr(reader.lastError().c_str(), words) != nullptr;
+}
+
+} // namespace
+
+TEST(RecordingReader, ReadsAndDecodesAFinishedRecording)
+{
+    SRecording rec = MakeRecording(3, 3);
+    const std::vector<unsigned char> bytes(rec.mem->data(), rec.mem->data() + rec.mem->size());
+
+    CRecordingReader reader;
+    ASSERT_TRUE(reader.Open(rec.file)) << reader.lastError().c_str();
+    EXPECT_TRUE(reader.lastError().empty());
+    EXPECT_TRUE(reader.warning().empty()) << reader.warning().c_str();
+    EXPECT_EQ(reader.numFrames(), 3u);
+    EXPECT_EQ(reader.declaredFrames(), 3u);
+    EXPECT_EQ(reader.trailingBytes(), 0u);
+    EXPECT_EQ(reader.frameSize(), kFrameBytes);
+    EXPECT_EQ(reader.pixelType(), pixelGrayscale);
+    EXPECT_EQ(reader.frameWidth(), kWidth);
+    EXPECT_EQ(reader.frameHeight(), kHeight);
+    ASSERT_TRUE(reader.sourceInfo());
+    EXPECT_EQ(reader.sourceInfo()->frameWidth, kWidth);
+    ASSERT_GE(reader.blocks().size(), 2u);
+    EXPECT_STREQ(reader.blocks().get(0).name, "SourceInfo");
+    EXPECT_STREQ(reader.blocks().get(reader.blocks().size() - 1).name, "Pixels");
+    EXPECT_EQ(reader.dataOffset(), reader.pixelsBlock().dataOffset + kPixelsHeaderSize);
+    EXPECT_EQ(reader.dataOffset() + 3 * kFrameBytes, bytes.size());
+    ASSERT_TRUE(reader.filter());
+    EXPECT_STREQ(reader.filter()->GetName(), "Generic");
+
+    // Raw bytes of a middle frame, then frames decoded out of order.
+    std::vector<uint16_t> raw(kWidth * kHeight);
+    ASSERT_TRUE(reader.ReadFrame(1, raw.data(), kFrameBytes));
+    for (unsigned p = 0; p < raw.size(); ++p) ASSERT_EQ(raw[p], Value(1, p));
+    uint8_t preset = 9;
+    std::vector<uint16_t> pixels(kWidth * kHeight);
+    EXPECT_EQ(reader.PixelBufferSize(dtUInt16), kFrameBytes);
+    ASSERT_TRUE(reader.DecodeFrame(2, STypedData(pixels.data(), dtUInt16), kFrameBytes, preset))
+        << reader.lastError().c_str();
+    EXPECT_EQ(preset, 0);
+    for (unsigned p = 0; p < pixels.size(); ++p) ASSERT_EQ(pixels[p], Value(2, p));
+    ASSERT_TRUE(reader.DecodeFrame(0, STypedData(static_cast<void*>(nullptr), dtNoData), 0, preset));
+    TSharedPtr<CFrameInfoReduceObject> info = reader.reduceObjs().GetFrameInfo(0, false);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->frame, 1u); // the generic filter counts decoded frames
+
+    // Reading left the file as it was.
+    ASSERT_EQ(rec.mem->size(), bytes.size());
+    EXPECT_EQ(std::memcmp(rec.mem->data(), bytes.data(), bytes.size()), 0);
+}
+
+TEST(RecordingReader, FrameRangeAndBufferChecks)
+{
+    CRecordingReader reader;
+    uint8_t preset = 0;
+    std::vector<uint16_t> buffer(kWidth * kHeight + 1);
+    EXPECT_FALSE(reader.ReadFrame(0, buffer.data(), kFrameBytes));
+    EXPECT_TRUE(Says(reader, "no recording"));
+
+    SRecording rec = MakeRecording(2, 2);
+    ASSERT_TRUE(reader.Open(rec.file));
+    EXPECT_FALSE(reader.ReadFrame(2, buffer.data(), kFrameBytes));
+    EXPECT_TRUE(Says(reader, "frame 2 is out of range")) << reader.lastError().c_str();
+    EXPECT_FALSE(reader.ReadFrame(~uint64_t(0), buffer.data(), kFrameBytes));
+    EXPECT_FALSE(reader.ReadFrame(0, buffer.data(), kFrameBytes - 1));
+    EXPECT_TRUE(Says(reader, "cannot hold"));
+    EXPECT_FALSE(reader.DecodeFrame(0, STypedData(buffer.data(), dtUInt16), kFrameBytes - 2, preset));
+    EXPECT_TRUE(Says(reader, "pixel buffer"));
+    // A type the filter does not give for grayscale.
+    EXPECT_FALSE(reader.DecodeFrame(0, STypedData(buffer.data(), dtUInt64), 1000, preset));
+    EXPECT_TRUE(Says(reader, "cannot decode frame 0"));
+    EXPECT_FALSE(reader.DecodeFrame(5, STypedData(buffer.data(), dtUInt16), kFrameBytes, preset));
+    EXPECT_TRUE(Says(reader, "out of range"));
+    // A success clears the reason.
+    EXPECT_TRUE(reader.ReadFrame(1, buffer.data(), kFrameBytes));
+    EXPECT_TRUE(reader.lastError().empty());
+}
+
+TEST(RecordingReader, TruncatedRecordings)
+{
+    // Cut inside the last frame: the whole frames stay readable.
+    SRecording rec = MakeRecording(3, 3);
+    CRecordingReader reader;
+    ASSERT_TRUE(reader.Open(rec.file));
+    const uint64_t start = reader.dataOffset();
+    const unsigned long full = rec.mem->size();
+    rec.mem->SetSize(static_cast<long>(start + 2 * kFrameBytes + 5));
+    ASSERT_TRUE(reader.Open(rec.file));
+    EXPECT_EQ(reader.numFrames(), 2u);
+    EXPECT_EQ(reader.trailingBytes(), 5u);
+    EXPECT_NE(std::strstr(reader.warning().c_str(), "cut short"), nullptr);
+    std::vector<unsigned char> buffer(kFrameBytes);
+    EXPECT_TRUE(reader.ReadFrame(1, buffer.data(), kFrameBytes));
+    EXPECT_FALSE(reader.ReadFrame(2, buffer.data(), kFrameBytes));
+    EXPECT_TRUE(Says(reader, "frame 2 is cut short: 5 of 24 bytes")) << reader.lastError().c_str();
+
+    // Whole frames missing against the source info's count.
+    rec.mem->SetSize(static_cast<long>(start + kFrameBytes));
+    ASSERT_TRUE(reader.Open(rec.file));
+    EXPECT_EQ(reader.numFrames(), 1u);
+    EXPECT_NE(std::strstr(reader.warning().c_str(), "declares 3 frames"), nullptr) << reader.warning().c_str();
+
+    // Cut inside the "Pixels" header, and inside a block header.
+    rec.mem->SetSize(static_cast<long>(start - 100));
+    EXPECT_FALSE(reader.Open(rec.file));
+    EXPECT_TRUE(Says(reader, "inside its header")) << reader.lastError().c_str();
+    EXPECT_FALSE(reader.isOpen());
+    rec.mem->SetSize(77 + 40);
+    EXPECT_FALSE(reader.Open(rec.file));
+    EXPECT_TRUE(Says(reader, "block header is cut short")) << reader.lastError().c_str();
+    EXPECT_EQ(reader.blocks().size(), 0u);
+    EXPECT_LT(rec.mem->size(), full);
+}
+
+TEST(RecordingReader, FilesThatAreNotRecordings)
+{
+    CRecordingReader reader;
+    // Not an info file at all.
+    auto* mem = new CMemFile;
+    mem->Create();
+    TSharedPtr<IFile> file(mem);
+    for (int i = 0; i < 300; ++i) file->PutUInt8(static_cast<uint8_t>(i));
+    EXPECT_FALSE(reader.Open(file));
+    EXPECT_TRUE(Says(reader, "wrong file header")) << reader.lastError().c_str();
+    mem->SetSize(0);
+    EXPECT_FALSE(reader.Open(file));
+    EXPECT_TRUE(Says(reader, "wrong file header"));
+
+    // An info file without frames.
+    CReduceObjectArray objects;
+    objects.GetSourceInfo(true);
+    mem->Reset();
+    ASSERT_TRUE(SaveInfoFile(file, objects, 0));
+    EXPECT_FALSE(reader.Open(file));
+    EXPECT_TRUE(Says(reader, "no \"Pixels\" block")) << reader.lastError().c_str();
+
+    // A "Pixels" header with a frame size of 0 gives no frames to count.
+    SRecording rec = MakeRecording(1, 1);
+    ASSERT_TRUE(reader.Open(rec.file));
+    const uint64_t strideAt = reader.pixelsBlock().dataOffset + 48;
+    std::memset(rec.mem->data() + strideAt, 0, 4);
+    EXPECT_FALSE(reader.Open(rec.file));
+    EXPECT_TRUE(Says(reader, "frame size of 0"));
+}
+
+TEST(RecordingReader, OpensByPath)
+{
+    SRecording rec = MakeRecording(2, 2);
+    const std::string path = ::testing::TempDir() + "orvreduce_reader_test.qrt";
+    FILE* out = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(out, nullptr);
+    ASSERT_EQ(std::fwrite(rec.mem->data(), 1, rec.mem->size(), out), rec.mem->size());
+    std::fclose(out);
+
+    CRecordingReader reader;
+    ASSERT_TRUE(reader.Open(CString(path.c_str()))) << reader.lastError().c_str();
+    EXPECT_EQ(reader.numFrames(), 2u);
+    std::vector<uint16_t> frame(kWidth * kHeight);
+    ASSERT_TRUE(reader.ReadFrame(1, frame.data(), kFrameBytes));
+    EXPECT_EQ(frame[3], Value(1, 3));
+    reader.Close();
+    std::remove(path.c_str());
+
+    EXPECT_FALSE(reader.Open(CString(path.c_str())));
+    EXPECT_TRUE(Says(reader, "cannot open"));
+}
