@@ -1,6 +1,7 @@
 #include "orv/File.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -116,6 +117,7 @@ bool IFile::GetString(CString& text)
     uint32_t n;
     if (!GetUInt32(n)) return false;
     if (n > GetRemaining()) return false; // a corrupt length never allocates gigabytes
+    if (n > static_cast<uint32_t>(INT_MAX)) return false; // more than a CString can hold
     CString s;
     char* p = s.GetBuffer(static_cast<int>(n));
     if (!ReadBytes(p, n)) return false;

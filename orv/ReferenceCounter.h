@@ -13,7 +13,7 @@ public:
     bool Release()
     {
         if (m_count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            delete this;
+            Destroy(this);
             return true;
         }
         return false;
@@ -21,6 +21,11 @@ public:
     long count() const { return m_count.load(std::memory_order_relaxed); }
 
 private:
+    // Out of line on purpose: with the delete inlined, g++ 12 reports a
+    // use-after-free (-Werror) in any loop that copies and drops a shared
+    // pointer, since it cannot see that a live copy keeps the count above 0.
+    [[gnu::noinline]] static void Destroy(CReferenceCounter* counter) { delete counter; }
+
     CReferenceCounter() = default;
     std::atomic<long> m_count{1};
 };

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -203,6 +204,9 @@ int stoi(const CString& text, size_t* end, int base)
     char* e = nullptr;
     long v = std::strtol(s, &e, base);
     if (end) *end = static_cast<size_t>(e - s);
+    // Saturate as strtol itself does, instead of keeping the low 32 bits.
+    if (v > INT_MAX) return INT_MAX;
+    if (v < INT_MIN) return INT_MIN;
     return static_cast<int>(v);
 }
 

@@ -88,7 +88,8 @@ int scasecmp(const char* a, const char* b);
 inline int scasecmp(const CString& a, const CString& b) { return scasecmp(a.c_str(), b.c_str()); }
 
 // Number parsing in the C locale. end (optional) receives the index of the
-// first character not used; 0 when nothing was parsed.
+// first character not used; 0 when nothing was parsed. Integers out of range
+// saturate at the type's limits.
 double stod(const CString& text, size_t* end = nullptr);
 int stoi(const CString& text, size_t* end = nullptr, int base = 10);
 long long stoll(const CString& text, size_t* end = nullptr, int base = 10);
