@@ -48,8 +48,9 @@ public:
     static CString FromFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));
     static CString FromFormatV(const char* format, va_list args);
 
-    // Splits at any of the separator characters; empty pieces are kept.
-    // Returns the number of pieces appended.
+    // Splits at any of the separator characters; empty pieces are kept, so
+    // "" gives one empty piece and ",a," three. Appends to out and returns
+    // the number of pieces appended.
     size_t Split(TArray<CString>& out, const char* separators) const;
 
     // Up to length bytes from position (-1: to the end); empty past the end.
