@@ -1,0 +1,152 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "orv/NormFile.h"
+
+namespace orv {
+namespace {
+
+struct STempFile {
+    std::string path = testing::TempDir() + "normfile_" + std::to_string(getpid()) + ".mxg";
+    ~STempFile() { std::remove(path.c_str()); }
+    CString name() const { return CString(path.c_str()); }
+
+    std::vector<uint8_t> Read() const
+    {
+        std::vector<uint8_t> bytes;
+        if (FILE* f = std::fopen(path.c_str(), "rb")) {
+            int c;
+            while ((c = std::fgetc(f)) != EOF) bytes.push_back(static_cast<uint8_t>(c));
+            std::fclose(f);
+        }
+        return bytes;
+    }
+    void Write(const std::vector<uint8_t>& bytes) const
+    {
+        if (FILE* f = std::fopen(path.c_str(), "wb")) {
+            std::fwrite(bytes.data(), 1, bytes.size(), f);
+            std::fclose(f);
+        }
+    }
+};
+
+template <class T>
+T At(const std::vector<uint8_t>& b, size_t offset)
+{
+    T v{};
+    std::memcpy(&v, b.data() + offset, sizeof v);
+    return v;
+}
+
+TEST(NormFile, TablesRoundTripWithDocumentedHeader)
+{
+    STempFile tmp;
+    const float gains[6] = {1.0f, 0.5f, 2.0f, 1.25f, 0.75f, 1.5f};
+    ASSERT_TRUE(CNormFile::SaveGainTable(fileSystem(), tmp.name(), 3, 2, 5, gains));
+    std::vector<uint8_t> b = tmp.Read();
+    ASSERT_EQ(b.size(), 64u + 24u);
+    EXPECT_EQ(std::string(b.begin(), b.begin() + 4), "NORM");
+    EXPECT_EQ(At<uint32_t>(b, 4), 64u);
+    EXPECT_EQ(At<uint32_t>(b, 8), 0x10000u);
+    EXPECT_EQ(At<uint32_t>(b, 12), 0u);
+    EXPECT_EQ(At<uint32_t>(b, 16), 3u);
+    EXPECT_EQ(At<uint32_t>(b, 20), 2u);
+    EXPECT_EQ(At<uint16_t>(b, 24), 5);
+    EXPECT_EQ(b[26], 8);  // float
+    EXPECT_EQ(b[27], 12); // no second table
+    EXPECT_EQ(At<uint64_t>(b, 28), 24u);
+    EXPECT_EQ(At<uint32_t>(b, 36), CalcCRC32(0, b.data() + 64, 24));
+    EXPECT_EQ(At<uint32_t>(b, 60), CalcCRC32(0, b.data(), 60));
+    EXPECT_FLOAT_EQ(At<float>(b, 64 + 8), 2.0f);
+
+    CNormFile f;
+    ASSERT_TRUE(f.Load(fileSystem(), tmp.name()));
+    EXPECT_EQ(f.GetType(), 0);
+    EXPECT_EQ(f.xPixels(), 3u);
+    EXPECT_EQ(f.yPixels(), 2u);
+    EXPECT_EQ(f.preset(), 5);
+    ASSERT_NE(f.GetGains(), nullptr);
+    EXPECT_FLOAT_EQ(f.GetGains()[5], 1.5f);
+    EXPECT_EQ(f.GetOffsets(), nullptr);
+    EXPECT_EQ(f.GetBadPixels().flags, nullptr);
+
+    const int16_t offsets[2] = {-7, 300};
+    ASSERT_TRUE(CNormFile::SaveOffsetTable(fileSystem(), tmp.name(), 2, 1, 0, offsets));
+    ASSERT_TRUE(f.Load(fileSystem(), tmp.name()));
+    EXPECT_EQ(f.GetType(), 1);
+    EXPECT_EQ(f.GetOffsets()[0], -7);
+    EXPECT_EQ(f.GetGains(), nullptr);
+
+    const uint8_t bad[3] = {0, 1, 0};
+    const uint32_t replace[3] = {0, 2, 2};
+    ASSERT_TRUE(CNormFile::SaveBadPixelTable(fileSystem(), tmp.name(), 1, 3, 7, bad, replace));
+    b = tmp.Read();
+    ASSERT_EQ(b.size(), 64u + 3u + 12u);
+    EXPECT_EQ(b[26], 1);
+    EXPECT_EQ(b[27], 5);
+    EXPECT_EQ(At<uint32_t>(b, 64 + 3 + 4), 2u); // replacements follow the flags
+    ASSERT_TRUE(f.Load(fileSystem(), tmp.name()));
+    EXPECT_EQ(f.GetType(), 2);
+    EXPECT_EQ(f.GetBadPixels().flags[1], 1);
+    EXPECT_EQ(f.GetBadPixels().replacements[1], 2u);
+
+    EXPECT_FALSE(CNormFile::SaveGainTable(fileSystem(), tmp.name(), 0, 2, 0, gains));
+    EXPECT_FALSE(f.Load(fileSystem(), CString((tmp.path + ".none").c_str())));
+    EXPECT_EQ(f.GetType(), -1);
+}
+
+TEST(NormFile, DamagedFilesAreRefused)
+{
+    STempFile tmp;
+    const float gains[4] = {1, 2, 3, 4};
+    ASSERT_TRUE(CNormFile::SaveGainTable(fileSystem(), tmp.name(), 2, 2, 0, gains));
+    const std::vector<uint8_t> good = tmp.Read();
+    CNormFile f;
+
+    auto refused = [&](std::vector<uint8_t> bytes, const char* what) {
+        tmp.Write(bytes);
+        EXPECT_FALSE(f.Load(fileSystem(), tmp.name())) << what;
+        EXPECT_EQ(f.GetGains(), nullptr) << what;
+    };
+    std::vector<uint8_t> b = good;
+    b[0] = 'X';
+    refused(b, "magic");
+    b = good;
+    b[64 + 5] ^= 1;
+    refused(b, "data CRC");
+    b = good;
+    b[20] = 3; // height 3 with a header CRC fixed up: the size no longer matches
+    uint32_t crc = CalcCRC32(0, b.data(), 60);
+    std::memcpy(b.data() + 60, &crc, 4);
+    refused(b, "size");
+    b = good;
+    b[17] = 0xFF; // width changed without fixing the header CRC
+    refused(b, "header CRC");
+    b = good;
+    b.resize(b.size() - 1);
+    refused(b, "truncated");
+    b.resize(10);
+    refused(b, "short header");
+    b = good;
+    b.push_back(0);
+    refused(b, "trailing byte");
+    // A header claiming a huge table, CRC made consistent, over a small file.
+    b = good;
+    uint32_t huge = 0xFFFFFFFFu;
+    std::memcpy(b.data() + 16, &huge, 4);
+    std::memcpy(b.data() + 20, &huge, 4);
+    crc = CalcCRC32(0, b.data(), 60);
+    std::memcpy(b.data() + 60, &crc, 4);
+    refused(b, "huge");
+
+    tmp.Write(good);
+    EXPECT_TRUE(f.Load(fileSystem(), tmp.name()));
+}
+
+} // namespace
+} // namespace orv
