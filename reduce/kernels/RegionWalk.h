@@ -1,0 +1,149 @@
+#pragma once
+// Region walkers and table generation for the typed kernels.
+//
+// Each walker visits the pixels of one region form in region order and calls
+// body(flat, i, x, y): flat is the pixel's index in the frame (or in the
+// source array for the count and index forms), i the dense destination
+// index, x and y the image coordinates. A kernel is one per-pixel body handed
+// to a walker, so instances multiply by element types only. Bodies that do
+// not use x and y say so with kNeedsXY = false, which spares the index
+// walker its division.
+#include <array>
+#include <cstddef>
+#include <utility>
+
+#include "orv/Array.h"
+#include "orv/ValueConvert.h"
+#include "reduce/kernels/Regions.h"
+
+namespace orv::reduce::priv {
+
+// Bit of a status byte that excludes a pixel from the valid figures.
+constexpr unsigned char kStatusInvalidMask = 0x18;
+
+template <class B>
+constexpr bool NeedsXY()
+{
+    if constexpr (requires { B::kNeedsXY; }) return B::kNeedsXY;
+    else return true;
+}
+
+// A dense run of count elements: flat = i, x = i, y = 0.
+struct SWalkCount {
+    unsigned int count;
+    template <class B>
+    void operator()(B& body) const
+    {
+        for (unsigned int i = 0; i < count; ++i) body(i, i, i, 0u);
+    }
+};
+
+// An index list in list order; entries may repeat and are not checked.
+struct SWalkIndices {
+    unsigned int const* indices;
+    unsigned int count;
+    unsigned int width; // only for x and y; 0 when the body needs none
+    template <class B>
+    void operator()(B& body) const
+    {
+        for (unsigned int i = 0; i < count; ++i) {
+            const unsigned int flat = indices[i];
+            if constexpr (NeedsXY<B>()) body(flat, i, flat % width, flat / width);
+            else body(flat, i, 0u, 0u);
+        }
+    }
+};
+
+// A rectangle, row by row.
+struct SWalkRect {
+    unsigned int width;
+    SArea area;
+    template <class B>
+    void operator()(B& body) const
+    {
+        if (area.bottom < area.top || area.right < area.left) return;
+        const unsigned int l = area.left, r = area.right;
+        const unsigned int n = r - l + 1;
+        unsigned int i = 0;
+        for (unsigned int y = area.top; y <= area.bottom; ++y, i += n) {
+            const unsigned int row = y * width;
+            for (unsigned int x = l; x <= r; ++x) body(row + x, i + (x - l), x, y);
+        }
+    }
+};
+
+// Scan lines in array order, through the checked accessor; a line's last
+// column is read again for each pixel.
+struct SWalkScanLines {
+    unsigned int width;
+    TArray<SScanLine> const* lines;
+    template <class B>
+    void operator()(B& body) const
+    {
+        unsigned int i = 0;
+        const size_t count = lines->size();
+        for (size_t n = 0; n < count; ++n) {
+            const SScanLine& line = (*lines)[n];
+            const unsigned int y = line.row;
+            const unsigned int row = y * width;
+            for (unsigned int x = line.first; x <= line.last; ++x) body(row + x, i++, x, y);
+        }
+    }
+};
+
+// A rectangle filtered by a mask of its own stride; a zero byte skips the
+// pixel.
+struct SWalkMask {
+    unsigned int width;
+    SArea area;
+    unsigned char const* mask;
+    unsigned int stride;
+    template <class B>
+    void operator()(B& body) const
+    {
+        if (area.bottom < area.top || area.right < area.left) return;
+        unsigned int i = 0;
+        for (unsigned int y = area.top; y <= area.bottom; ++y) {
+            const unsigned char* m = mask + size_t(y) * stride;
+            const unsigned int row = y * width;
+            for (unsigned int x = area.left; x <= area.right; ++x)
+                if (m[x]) body(row + x, i++, x, y);
+        }
+    }
+};
+
+// Pixels a region yields, as the kernels walk it (an inverted rectangle
+// yields none).
+inline unsigned int RegionPixels(SArea area)
+{
+    if (area.bottom < area.top || area.right < area.left) return 0;
+    return (unsigned(area.bottom) - area.top + 1) * (unsigned(area.right) - area.left + 1);
+}
+unsigned int RegionPixels(TArray<SScanLine> const& lines);
+unsigned int RegionPixels(SArea area, unsigned char const* mask, unsigned int stride);
+
+// Element type of table position I of a full table (source * 10 + destination).
+template <size_t I> using TSourceOf = TElement<EDataType(I / 10)>;
+template <size_t I> using TDestOf = TElement<EDataType(I % 10)>;
+template <size_t I> using TTypeOf = TElement<EDataType(I)>;
+
+} // namespace orv::reduce::priv
+
+// Generates a constant table of 100 kernels kernel<Source, Destination>,
+// indexed source * 10 + destination, from the one list of element types.
+#define ORV_PAIR_TABLE(Type, name, kernel)                                                      \
+    template <size_t... I>                                                                      \
+    constexpr std::array<Type, 100> name##Make(std::index_sequence<I...>)                       \
+    {                                                                                           \
+        return {&kernel<::orv::reduce::priv::TSourceOf<I>, ::orv::reduce::priv::TDestOf<I>>...}; \
+    }                                                                                           \
+    constexpr std::array<Type, 100> name = name##Make(std::make_index_sequence<100>{})
+
+// A table of 10 kernels kernel<Source>, indexed by the source type.
+#define ORV_TYPE_TABLE(Type, name, kernel)                                 \
+    template <size_t... I>                                                 \
+    constexpr std::array<Type, 10> name##Make(std::index_sequence<I...>)   \
+    {                                                                      \
+        return {&kernel<::orv::reduce::priv::TTypeOf<I>>...};              \
+    }                                                                      \
+    constexpr std::array<Type, 10> name = name##Make(std::make_index_sequence<10>{})
