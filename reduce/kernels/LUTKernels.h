@@ -1,0 +1,191 @@
+#pragma once
+// The ApplyLUT and GetStatsLUT kernels: one index rule, one body each,
+// handed to the region walkers.
+#include <cmath>
+#include <cstdint>
+#include <type_traits>
+
+#include "reduce/kernels/LUT.h"
+#include "reduce/kernels/RegionWalk.h"
+
+namespace orv::reduce::priv {
+
+// Table index of a value. For integers, limiting in integer arithmetic gives
+// the same index as limiting the value converted to float, and costs less.
+template <class S>
+inline unsigned int LUTIndex(S v, unsigned short low, unsigned short high)
+{
+    if constexpr (std::is_integral_v<S>) {
+        using W = std::conditional_t<std::is_signed_v<S>, int64_t, uint64_t>;
+        const W w = W(v);
+        if (W(low) > w) return low;
+        if (w > W(high)) return high;
+        return unsigned(w);
+    } else {
+        float f = float(v);
+        const float lo = float(low), hi = float(high);
+        if (lo > f) {
+            f = lo;
+        } else if (f > hi) {
+            f = hi;
+        } else {
+            // Half away from zero; a NaN falls through to here.
+            const float r = std::trunc(f);
+            if (f >= 0 && f - r >= 0.5f) f = r + 1.0f;
+            else if (f < 0 && r - f >= 0.5f) f = r - 1.0f;
+            else f = r;
+        }
+        return ConvertValue<uint16_t>(f);
+    }
+}
+
+// Single table or per-preset tables.
+struct SLUTOne {
+    const float* lut;
+    const unsigned char* status;
+    const float* Values(unsigned) const { return lut; }
+    const unsigned char* Status(unsigned) const { return status; }
+};
+struct SLUTPresets {
+    float* const* lut;
+    unsigned char* const* status;
+    const unsigned char* presets;
+    const float* Values(unsigned flat) const { return lut[presets[flat]]; }
+    const unsigned char* Status(unsigned flat) const { return status[presets[flat]]; }
+};
+
+template <class S, class D, class Tables, bool kStatus>
+struct TApplyLUTBody {
+    static constexpr bool kNeedsXY = false;
+    const S* src;
+    D* dst;
+    unsigned char* status;
+    Tables tables;
+    unsigned short low, high;
+    void operator()(unsigned flat, unsigned i, unsigned, unsigned) const
+    {
+        const unsigned idx = LUTIndex(src[flat], low, high);
+        dst[i] = ConvertValue<D>(tables.Values(flat)[idx]);
+        if constexpr (kStatus) status[i] = tables.Status(flat)[idx];
+    }
+};
+
+template <class S, class D, class Tables, class W>
+void ApplyLUTWalk(const void* source, void* destination, unsigned char* status, const W& walk, Tables tables,
+                  unsigned short low, unsigned short high)
+{
+    const S* src = static_cast<const S*>(source);
+    D* dst = static_cast<D*>(destination);
+    if (status) {
+        TApplyLUTBody<S, D, Tables, true> body{src, dst, status, tables, low, high};
+        walk(body);
+    } else {
+        TApplyLUTBody<S, D, Tables, false> body{src, dst, nullptr, tables, low, high};
+        walk(body);
+    }
+}
+
+template <class S, class D>
+void ApplyLUT(const void* s, void* d, unsigned char* st, unsigned int count, float* lut, unsigned char* ls,
+              unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkCount{count}, SLUTOne{lut, ls}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTIdx(const void* s, void* d, unsigned char* st, unsigned int const* indices, unsigned int count,
+                 float* lut, unsigned char* ls, unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkIndices{indices, count, 0}, SLUTOne{lut, ls}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTRect(const void* s, void* d, unsigned char* st, unsigned short w, unsigned short, SArea area,
+                  float* lut, unsigned char* ls, unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkRect{w, area}, SLUTOne{lut, ls}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTScanLines(const void* s, void* d, unsigned char* st, unsigned short w, unsigned short,
+                       TArray<SScanLine> const& lines, float* lut, unsigned char* ls, unsigned short lo,
+                       unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkScanLines{w, &lines}, SLUTOne{lut, ls}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTMask(const void* s, void* d, unsigned char* st, unsigned short w, unsigned short, SArea area,
+                  unsigned char const* mask, unsigned int stride, float* lut, unsigned char* ls, unsigned short lo,
+                  unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkMask{w, area, mask, stride}, SLUTOne{lut, ls}, lo, hi);
+}
+
+template <class S, class D>
+void ApplyLUTPS(const void* s, unsigned char const* p, void* d, unsigned char* st, unsigned int count, float** lut,
+                unsigned char** ls, unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkCount{count}, SLUTPresets{lut, ls, p}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTPSIdx(const void* s, unsigned char const* p, void* d, unsigned char* st, unsigned int const* indices,
+                   unsigned int count, float** lut, unsigned char** ls, unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkIndices{indices, count, 0}, SLUTPresets{lut, ls, p}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTRectPS(const void* s, unsigned char const* p, void* d, unsigned char* st, unsigned short w,
+                    unsigned short, SArea area, float** lut, unsigned char** ls, unsigned short lo,
+                    unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkRect{w, area}, SLUTPresets{lut, ls, p}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTScanLinesPS(const void* s, unsigned char const* p, void* d, unsigned char* st, unsigned short w,
+                         unsigned short, TArray<SScanLine> const& lines, float** lut, unsigned char** ls,
+                         unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkScanLines{w, &lines}, SLUTPresets{lut, ls, p}, lo, hi);
+}
+template <class S, class D>
+void ApplyLUTMaskPS(const void* s, unsigned char const* p, void* d, unsigned char* st, unsigned short w,
+                    unsigned short, SArea area, unsigned char const* mask, unsigned int stride, float** lut,
+                    unsigned char** ls, unsigned short lo, unsigned short hi)
+{
+    ApplyLUTWalk<S, D>(s, d, st, SWalkMask{w, area, mask, stride}, SLUTPresets{lut, ls, p}, lo, hi);
+}
+
+using TApplyLUTKernel = void (*)(const void*, void*, unsigned char*, unsigned int, float*, unsigned char*,
+                                 unsigned short, unsigned short);
+using TApplyLUTIdxKernel = void (*)(const void*, void*, unsigned char*, unsigned int const*, unsigned int, float*,
+                                    unsigned char*, unsigned short, unsigned short);
+using TApplyLUTRectKernel = void (*)(const void*, void*, unsigned char*, unsigned short, unsigned short, SArea,
+                                     float*, unsigned char*, unsigned short, unsigned short);
+using TApplyLUTScanLinesKernel = void (*)(const void*, void*, unsigned char*, unsigned short, unsigned short,
+                                          TArray<SScanLine> const&, float*, unsigned char*, unsigned short,
+                                          unsigned short);
+using TApplyLUTMaskKernel = void (*)(const void*, void*, unsigned char*, unsigned short, unsigned short, SArea,
+                                     unsigned char const*, unsigned int, float*, unsigned char*, unsigned short,
+                                     unsigned short);
+using TApplyLUTPSKernel = void (*)(const void*, unsigned char const*, void*, unsigned char*, unsigned int, float**,
+                                   unsigned char**, unsigned short, unsigned short);
+using TApplyLUTPSIdxKernel = void (*)(const void*, unsigned char const*, void*, unsigned char*,
+                                      unsigned int const*, unsigned int, float**, unsigned char**, unsigned short,
+                                      unsigned short);
+using TApplyLUTRectPSKernel = void (*)(const void*, unsigned char const*, void*, unsigned char*, unsigned short,
+                                       unsigned short, SArea, float**, unsigned char**, unsigned short,
+                                       unsigned short);
+using TApplyLUTScanLinesPSKernel = void (*)(const void*, unsigned char const*, void*, unsigned char*,
+                                            unsigned short, unsigned short, TArray<SScanLine> const&, float**,
+                                            unsigned char**, unsigned short, unsigned short);
+using TApplyLUTMaskPSKernel = void (*)(const void*, unsigned char const*, void*, unsigned char*, unsigned short,
+                                       unsigned short, SArea, unsigned char const*, unsigned int, float**,
+                                       unsigned char**, unsigned short, unsigned short);
+
+inline bool BadLUTPair(STypedData a, STypedData b)
+{
+    return unsigned(a.type) > dtFlt64 || unsigned(b.type) > dtFlt64;
+}
+inline size_t LUTPairIndex(STypedData source, STypedData destination)
+{
+    return size_t(source.type) * 10 + size_t(destination.type);
+}
+
+} // namespace orv::reduce::priv

@@ -1,0 +1,258 @@
+// Look-up application over every pair of element types and every region
+// form, and look-up statistics against the calculator fed by hand.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "KernelTestUtil.h"
+#include "reduce/kernels/LUT.h"
+
+using namespace orv;
+using namespace orv::reduce;
+
+namespace {
+
+constexpr unsigned short W = 9, H = 6, LOW = 3, HIGH = 40, SIZE = 48;
+
+// The index of a value by its definition: limited, then rounded half away.
+unsigned RefIndex(long double v)
+{
+    const float f = float(v);
+    if (float(LOW) > f) return LOW;
+    if (f > float(HIGH)) return HIGH;
+    return unsigned(f < 0 ? -std::floor(-f + 0.5f) : std::floor(f + 0.5f));
+}
+
+struct STables {
+    std::vector<float> lut[2];
+    std::vector<unsigned char> status[2];
+    float* luts[2];
+    unsigned char* statuses[2];
+    STables()
+    {
+        for (int p = 0; p < 2; ++p) {
+            lut[p].resize(SIZE);
+            status[p].resize(SIZE);
+            for (unsigned k = 0; k < SIZE; ++k) {
+                lut[p][k] = float(k) * (p ? -7.25f : 3.5f) + 0.25f;
+                status[p][k] = (unsigned char)(p * 64 + k);
+            }
+            luts[p] = lut[p].data();
+            statuses[p] = status[p].data();
+        }
+    }
+};
+
+struct SRegions {
+    SArea area{1, 2, 4, 7};
+    TArray<SScanLine> lines{{5, 0, 8}, {0, 3, 3}, {2, 6, 1}, {1, 1, 4}};
+    std::vector<unsigned char> mask;
+    std::vector<unsigned> indices{53, 0, 7, 7, 20, 31};
+    unsigned stride = 11;
+    std::vector<unsigned char> presets;
+    SRegions()
+    {
+        std::mt19937 rng(2);
+        mask.resize(stride * H);
+        for (auto& m : mask) m = (unsigned char)(rng() % 2);
+        presets.resize(W * H);
+        for (auto& p : presets) p = (unsigned char)(rng() % 2);
+    }
+    // Flat indices of a form in region order; form 0 is the dense array.
+    std::vector<unsigned> Pixels(int form) const
+    {
+        std::vector<unsigned> r;
+        switch (form) {
+        case 0: for (unsigned i = 0; i < W * H; ++i) r.push_back(i); break;
+        case 1: r = indices; break;
+        case 2: for (int y = area.top; y <= area.bottom; ++y) for (int x = area.left; x <= area.right; ++x) r.push_back(y * W + x); break;
+        case 3: for (const SScanLine& l : lines) for (int x = l.first; x <= l.last; ++x) r.push_back(l.row * W + x); break;
+        default:
+            for (int y = area.top; y <= area.bottom; ++y)
+                for (int x = area.left; x <= area.right; ++x)
+                    if (mask[y * stride + x]) r.push_back(y * W + x);
+        }
+        return r;
+    }
+};
+
+bool Apply(const SRegions& r, STables& t, int form, bool ps, STypedData s, STypedData d, unsigned char* st)
+{
+    const unsigned char* p = r.presets.data();
+    const unsigned n = unsigned(r.indices.size());
+    if (!ps) {
+        switch (form) {
+        case 0: return ApplyLUT(s, d, st, unsigned(W * H), t.luts[0], t.statuses[0], LOW, HIGH);
+        case 1: return ApplyLUT(s, d, st, r.indices.data(), n, t.luts[0], t.statuses[0], LOW, HIGH);
+        case 2: return ApplyLUT(s, d, st, W, H, r.area, t.luts[0], t.statuses[0], LOW, HIGH);
+        case 3: return ApplyLUT(s, d, st, W, H, r.lines, t.luts[0], t.statuses[0], LOW, HIGH);
+        default: return ApplyLUT(s, d, st, W, H, r.area, r.mask.data(), r.stride, t.luts[0], t.statuses[0], LOW, HIGH);
+        }
+    }
+    switch (form) {
+    case 0: return ApplyLUT(s, p, d, st, unsigned(W * H), t.luts, t.statuses, LOW, HIGH);
+    case 1: return ApplyLUT(s, p, d, st, r.indices.data(), n, t.luts, t.statuses, LOW, HIGH);
+    case 2: return ApplyLUT(s, p, d, st, W, H, r.area, t.luts, t.statuses, LOW, HIGH);
+    case 3: return ApplyLUT(s, p, d, st, W, H, r.lines, t.luts, t.statuses, LOW, HIGH);
+    default: return ApplyLUT(s, p, d, st, W, H, r.area, r.mask.data(), r.stride, t.luts, t.statuses, LOW, HIGH);
+    }
+}
+
+bool Stats(const SRegions& r, STables& t, int form, bool ps, STypedData s, CStats& out)
+{
+    const unsigned char* p = r.presets.data();
+    const unsigned n = unsigned(r.indices.size());
+    if (!ps) {
+        switch (form) {
+        case 0: return GetStatsLUT(s, out, W, H, t.luts[0], t.statuses[0], LOW, HIGH);
+        case 1: return GetStatsLUT(s, out, W, H, r.indices.data(), n, t.luts[0], t.statuses[0], LOW, HIGH);
+        case 2: return GetStatsLUT(s, out, W, H, r.area, t.luts[0], t.statuses[0], LOW, HIGH);
+        case 3: return GetStatsLUT(s, out, W, H, r.lines, t.luts[0], t.statuses[0], LOW, HIGH);
+        default: return GetStatsLUT(s, out, W, H, r.area, r.mask.data(), r.stride, t.luts[0], t.statuses[0], LOW, HIGH);
+        }
+    }
+    switch (form) {
+    case 0: return GetStatsLUT(s, p, out, W, H, t.luts, t.statuses, LOW, HIGH);
+    case 1: return GetStatsLUT(s, p, out, W, H, r.indices.data(), n, t.luts, t.statuses, LOW, HIGH);
+    case 2: return GetStatsLUT(s, p, out, W, H, r.area, t.luts, t.statuses, LOW, HIGH);
+    case 3: return GetStatsLUT(s, p, out, W, H, r.lines, t.luts, t.statuses, LOW, HIGH);
+    default: return GetStatsLUT(s, p, out, W, H, r.area, r.mask.data(), r.stride, t.luts, t.statuses, LOW, HIGH);
+    }
+}
+
+// Values around and beyond the table range, with halves for float types.
+long double LUTSample(EDataType t, std::mt19937& rng)
+{
+    const int k = int(rng() % 60) - 8;
+    if (kt::IsFloat(t)) return (long double)(float(k) + float(rng() % 4) * 0.25f);
+    if (!kt::IsSigned(t) && k < 0) return kt::Sample(t, rng); // large unsigned values
+    if (t == dtInt8 || t == dtInt16 || t == dtInt32 || t == dtInt64) return (rng() % 5 == 0) ? kt::Sample(t, rng) : k;
+    return k;
+}
+
+} // namespace
+
+TEST(ApplyLUT, EveryPairEveryFormAgainstReference)
+{
+    SRegions r;
+    STables t;
+    std::mt19937 rng(9);
+    for (EDataType st : kt::kTypes) {
+        kt::SBuf src(st, W * H);
+        for (unsigned i = 0; i < W * H; ++i) src.Set(i, LUTSample(st, rng));
+        for (EDataType dt : kt::kTypes)
+            for (int form = 0; form < 5; ++form)
+                for (int ps = 0; ps < 2; ++ps)
+                    for (int withStatus = 0; withStatus < 2; ++withStatus) {
+                        const auto pixels = r.Pixels(form);
+                        kt::SBuf dst(dt, pixels.size() + 1);
+                        std::vector<unsigned char> status(pixels.size() + 1, 0xCC);
+                        ASSERT_TRUE(Apply(r, t, form, ps, src.typed(), dst.typed(), withStatus ? status.data() : nullptr));
+                        for (size_t i = 0; i < pixels.size(); ++i) {
+                            const unsigned flat = pixels[i];
+                            const unsigned p = ps ? r.presets[flat] : 0;
+                            const unsigned idx = RefIndex(src.Get(flat));
+                            ASSERT_TRUE(kt::SameValue(dst.Get(i), kt::RefConvert(t.lut[p][idx], dtFlt32, dt)))
+                                << st << "->" << dt << " form " << form << " ps " << ps << " i " << i;
+                            ASSERT_EQ(status[i], withStatus ? t.status[p][idx] : 0xCC);
+                        }
+                        ASSERT_EQ(status[pixels.size()], 0xCC);
+                        ASSERT_EQ(dst.Get(pixels.size()), kt::SBuf(dt, 1).Get(0));
+                    }
+    }
+}
+
+TEST(ApplyLUT, IndexRuleValues)
+{
+    std::vector<float> lut(101);
+    std::vector<unsigned char> ls(101, 0);
+    for (unsigned k = 0; k <= 100; ++k) lut[k] = float(k);
+    float values[6] = {10.5f, 10.4f, -3.0f, 250.0f, 99.5f, std::nanf("")};
+    float out[6];
+    ASSERT_TRUE(ApplyLUT(STypedData(values, dtFlt32), STypedData(out, dtFlt32), nullptr, 6u, lut.data(), ls.data(), 0, 100));
+    EXPECT_EQ(out[0], 11.0f);
+    EXPECT_EQ(out[1], 10.0f);
+    EXPECT_EQ(out[2], 0.0f);
+    EXPECT_EQ(out[3], 100.0f);
+    EXPECT_EQ(out[4], 100.0f);
+    EXPECT_EQ(out[5], 0.0f); // NaN rounds to index 0
+    int32_t ints[3] = {10, -70000, 70000};
+    ASSERT_TRUE(ApplyLUT(STypedData(ints, dtInt32), STypedData(out, dtFlt32), nullptr, 3u, lut.data(), ls.data(), 5, 90));
+    EXPECT_EQ(out[0], 10.0f);
+    EXPECT_EQ(out[1], 5.0f);
+    EXPECT_EQ(out[2], 90.0f);
+}
+
+TEST(GetStatsLUT, EveryFormAgainstCalculator)
+{
+    SRegions r;
+    STables t;
+    t.status[0][10] = 0x08; // an invalid entry
+    t.status[1][20] = 0x10;
+    std::mt19937 rng(10);
+    for (EDataType st : kt::kTypes) {
+        kt::SBuf src(st, W * H);
+        for (unsigned i = 0; i < W * H; ++i) src.Set(i, LUTSample(st, rng));
+        for (int form = 0; form < 5; ++form)
+            for (int ps = 0; ps < 2; ++ps) {
+                CStats got, want;
+                ASSERT_TRUE(Stats(r, t, form, ps, src.typed(), got));
+                CStatsCalculator calc(want);
+                calc.Start();
+                for (unsigned flat : r.Pixels(form)) {
+                    const unsigned p = ps ? r.presets[flat] : 0;
+                    const unsigned idx = RefIndex(src.Get(flat));
+                    calc.AddData(double(t.lut[p][idx]), t.status[p][idx], int(flat % W), int(flat / W));
+                }
+                calc.Finish();
+                SCOPED_TRACE(testing::Message() << "type " << st << " form " << form << " ps " << ps);
+                EXPECT_EQ(got.numPixels, want.numPixels);
+                EXPECT_EQ(got.sum, want.sum);
+                EXPECT_EQ(got.variance, want.variance);
+                EXPECT_EQ(got.minValue, want.minValue);
+                EXPECT_EQ(got.maxIndex, want.maxIndex);
+                EXPECT_EQ(got.minPosition, want.minPosition);
+                EXPECT_EQ(got.allMaxPosition, want.allMaxPosition);
+                EXPECT_EQ(got.statusAny, want.statusAny);
+                EXPECT_EQ(got.firstPosition, want.firstPosition);
+                EXPECT_EQ(got.centerPosition.x, want.centerPosition.x);
+            }
+    }
+
+    // All pixels invalid: no valid pixels, the all* figures set.
+    std::vector<unsigned char> bad(SIZE, 0x18);
+    uint8_t frame[4] = {5, 6, 7, 8};
+    CStats s;
+    ASSERT_TRUE(GetStatsLUT(STypedData(frame, dtUInt8), s, 2, 2, t.luts[0], bad.data(), LOW, HIGH));
+    EXPECT_EQ(s.numPixels, 0u);
+    EXPECT_EQ(s.allMinValue, t.lut[0][5]);
+    EXPECT_EQ(s.allMaxIndex, 3u);
+    // A zero height: Start and Finish only.
+    ASSERT_TRUE(GetStatsLUT(STypedData(frame, dtUInt8), s, 2, 0, t.luts[0], t.statuses[0], LOW, HIGH));
+    EXPECT_EQ(s.allMinIndex, 0xFFFFFFFFu);
+}
+
+TEST(ApplyLUT, BadTypesTouchNothing)
+{
+    SRegions r;
+    STables t;
+    std::vector<double> src(W * H, 4.0);
+    for (int form = 0; form < 5; ++form)
+        for (int ps = 0; ps < 2; ++ps)
+            for (int side = 0; side < 2; ++side) {
+                std::vector<double> out(W * H, -1.0);
+                std::vector<unsigned char> status(W * H, 0xCC);
+                const STypedData s(src.data(), side ? dtFlt64 : dtRGB48), d(out.data(), side ? dtNoData : dtFlt64);
+                EXPECT_FALSE(Apply(r, t, form, ps, s, d, status.data()));
+                for (size_t i = 0; i < out.size(); ++i) {
+                    ASSERT_EQ(out[i], -1.0);
+                    ASSERT_EQ(status[i], 0xCC);
+                }
+                CStats stats;
+                stats.mean = 3;
+                EXPECT_FALSE(Stats(r, t, form, ps, STypedData(src.data(), dtRGB24), stats));
+                EXPECT_EQ(stats.mean, 3.0);
+                EXPECT_EQ(stats.allMinIndex, 0u);
+            }
+}
