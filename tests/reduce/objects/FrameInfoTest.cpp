@@ -102,11 +102,6 @@ TEST(FrameInfoExtra, EntryProxy)
 TEST(FrameInfo, FixedAndExtraEntries)
 {
     CFrameInfoReduceObject f;
-    EXPECT_TRUE(f.valid);
-    EXPECT_FALSE(f.persist);
-    EXPECT_EQ(f.frame, 0u);
-    EXPECT_EQ(f.preset, 0);
-    EXPECT_EQ(f.version, 0x10000u);
     EXPECT_EQ(f.NumEntries(), 4u);
 
     f.frame = 123456789012ULL;
@@ -204,8 +199,6 @@ TEST(FrameInfo, DuplicatesOfPerFrameObjects)
     EXPECT_EQ(S(f.extra.GetValue("A")), "1");
 
     CFrameHeaderReduceObject h;
-    EXPECT_FALSE(h.valid);
-    EXPECT_FALSE(h.persist);
     h.headerType = MakeGuid("01234567-89AB-CDEF-0123-456789ABCDEF");
     h.data.add(1);
     h.data.add(2);
