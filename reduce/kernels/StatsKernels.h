@@ -3,6 +3,7 @@
 // that feeds it, and a fast path for contiguous runs.
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 #include "reduce/kernels/RegionWalk.h"
 #include "reduce/kernels/Stats.h"
@@ -280,8 +281,16 @@ private:
 
     void Block(const T* p, const unsigned char* st, uint32_t flat, uint32_t m)
     {
-        double lmin[kLanes], lmax[kLanes], amin[kLanes], amax[kLanes];
+        // Local lanes: the compiler keeps them in registers and pairs them
+        // into vectors; members would go through memory at every pixel.
+        double sum[kLanes], squares[kLanes], lmin[kLanes], lmax[kLanes], amin[kLanes], amax[kLanes];
+        uint32_t count[kLanes];
+        unsigned char any[kLanes];
+        uint64_t statusWord = 0; // OR of whole groups of eight status bytes
         for (int l = 0; l < kLanes; ++l) {
+            sum[l] = squares[l] = 0;
+            count[l] = 0;
+            any[l] = 0;
             lmin[l] = m_min.value;
             lmax[l] = m_max.value;
             amin[l] = m_allMin.value;
@@ -289,25 +298,42 @@ private:
         }
         uint32_t k = 0;
         for (; k + kLanes <= m; k += kLanes) {
-            for (int l = 0; l < kLanes; ++l) {
-                const double v = double(p[k + l]);
-                if constexpr (kStatus) {
-                    const unsigned char s = st[k + l];
-                    const bool valid = IsValidStatus(s);
-                    const double w = valid ? v : 0.0;
-                    m_sum[l] += w;
-                    m_squares[l] += w * w;
-                    m_count[l] += valid ? 1u : 0u;
-                    m_statusAny[l] |= valid ? s : 0;
-                    lmin[l] = (valid && v < lmin[l]) ? v : lmin[l];
-                    lmax[l] = (valid && v > lmax[l]) ? v : lmax[l];
-                    amin[l] = v < amin[l] ? v : amin[l];
-                    amax[l] = v > amax[l] ? v : amax[l];
+            double v[kLanes];
+            for (int l = 0; l < kLanes; ++l) v[l] = double(p[k + l]);
+            if constexpr (kStatus) {
+                for (int l = 0; l < kLanes; ++l) {
+                    amin[l] = v[l] < amin[l] ? v[l] : amin[l];
+                    amax[l] = v[l] > amax[l] ? v[l] : amax[l];
+                }
+                uint64_t word;
+                std::memcpy(&word, st + k, sizeof(word));
+                if ((word & 0x1818181818181818ull) == 0) {
+                    // Eight valid pixels, the common case: no test per pixel.
+                    statusWord |= word;
+                    count[0] += kLanes;
+                    for (int l = 0; l < kLanes; ++l) {
+                        sum[l] += v[l];
+                        squares[l] += v[l] * v[l];
+                        lmin[l] = v[l] < lmin[l] ? v[l] : lmin[l];
+                        lmax[l] = v[l] > lmax[l] ? v[l] : lmax[l];
+                    }
                 } else {
-                    m_sum[l] += v;
-                    m_squares[l] += v * v;
-                    lmin[l] = v < lmin[l] ? v : lmin[l];
-                    lmax[l] = v > lmax[l] ? v : lmax[l];
+                    for (int l = 0; l < kLanes; ++l) {
+                        if (!IsValidStatus(st[k + l])) continue;
+                        any[l] |= st[k + l];
+                        count[l] += 1;
+                        sum[l] += v[l];
+                        squares[l] += v[l] * v[l];
+                        lmin[l] = v[l] < lmin[l] ? v[l] : lmin[l];
+                        lmax[l] = v[l] > lmax[l] ? v[l] : lmax[l];
+                    }
+                }
+            } else {
+                for (int l = 0; l < kLanes; ++l) {
+                    sum[l] += v[l];
+                    squares[l] += v[l] * v[l];
+                    lmin[l] = v[l] < lmin[l] ? v[l] : lmin[l];
+                    lmax[l] = v[l] > lmax[l] ? v[l] : lmax[l];
                 }
             }
         }
@@ -319,16 +345,22 @@ private:
                 amin[0] = v < amin[0] ? v : amin[0];
                 amax[0] = v > amax[0] ? v : amax[0];
                 if (valid) {
-                    m_count[0] += 1;
-                    m_statusAny[0] |= st[k];
+                    count[0] += 1;
+                    any[0] |= st[k];
                 }
             }
             if (valid) {
-                m_sum[0] += v;
-                m_squares[0] += v * v;
+                sum[0] += v;
+                squares[0] += v * v;
                 lmin[0] = v < lmin[0] ? v : lmin[0];
                 lmax[0] = v > lmax[0] ? v : lmax[0];
             }
+        }
+        for (int l = 0; l < kLanes; ++l) {
+            m_sum[l] += sum[l];
+            m_squares[l] += squares[l];
+            m_count[l] += count[l];
+            m_statusAny[l] |= any[l] | (unsigned char)(statusWord >> (8 * l));
         }
         double bmin = lmin[0], bmax = lmax[0];
         for (int l = 1; l < kLanes; ++l) {

@@ -122,9 +122,11 @@ struct SFrame {
         // Ties of the extremes, later in the frame.
         data.Set(W * H - 5, data.Get(17));
         data.Set(W * H - 3, data.Get(1000));
-        for (auto& s : status) {
+        for (unsigned i = 0; i < W * H; ++i) {
             const unsigned r = rng() % 8;
-            s = (unsigned char)(r == 0 ? 0x08 : r == 1 ? 0x10 : r == 2 ? 0x1A : (rng() & 0x27));
+            status[i] = (unsigned char)(r == 0 ? 0x08 : r == 1 ? 0x10 : r == 2 ? 0x1A : (rng() & 0x27));
+            // Long valid stretches too, as real frames mostly are.
+            if ((i / W) % 3 == 0) status[i] = (unsigned char)(rng() & 0x27);
         }
     }
 };
