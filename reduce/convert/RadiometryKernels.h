@@ -1,0 +1,786 @@
+#pragma once
+// Per-pixel bodies and kernel templates of the radiance and temperature
+// kernels; included by the files that instantiate their tables.
+//
+// Each kernel decides everything that does not vary per pixel (polynomial
+// order, background form, temperature scale, status) once per call and then
+// hands one straight-line body to the region walker, so the pixel loop holds
+// no type test, no switch and no call.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "reduce/convert/RadianceKernels.h"
+#include "reduce/convert/RadiometryTables.h"
+#include "reduce/convert/TemperatureKernels.h"
+#include "reduce/convert/TemperatureScale.h"
+
+namespace orv::reduce::priv {
+
+// ---------------------------------------------------------------------------
+// Bodies
+
+// dst[i] = value(src[flat], flat): the source element at the pixel's place in
+// the frame, the result at its place in the output.
+template <class S, class D, class V>
+struct TMapBody {
+    static constexpr bool kNeedsXY = false;
+    const S* src;
+    D* dst;
+    V value;
+    void operator()(unsigned flat, unsigned i, unsigned, unsigned)
+    {
+        dst[i] = ConvertValue<D>(value(ConvertValue<double>(src[flat]), flat));
+    }
+};
+
+template <class S, class D, class W, class V>
+inline void Map(const void* src, void* dst, const W& walk, V value)
+{
+    TMapBody<S, D, V> body{static_cast<const S*>(src), static_cast<D*>(dst), value};
+    walk(body);
+}
+
+// As TMapBody, for values that can fail: value(v, flat, out) returns false to
+// end the call; the pixels after it are left as they are.
+template <class S, class D, class V>
+struct TMapUntilBody {
+    static constexpr bool kNeedsXY = false;
+    const S* src;
+    D* dst;
+    V value;
+    bool failed = false;
+    void operator()(unsigned flat, unsigned i, unsigned, unsigned)
+    {
+        if (failed) return;
+        double out;
+        if (value(ConvertValue<double>(src[flat]), flat, out)) dst[i] = ConvertValue<D>(out);
+        else failed = true;
+    }
+};
+
+template <class S, class D, class W, class V>
+inline bool MapUntil(const void* src, void* dst, const W& walk, V value)
+{
+    TMapUntilBody<S, D, V> body{static_cast<const S*>(src), static_cast<D*>(dst), value};
+    walk(body);
+    return !body.failed;
+}
+
+// Judges a stored value against the limits; returns its status flag.
+template <class D>
+inline unsigned char ApplyLimits(D& value, const SLimits& l)
+{
+    const double r = value;
+    if (r > l.validLow && r < l.validHigh) return 0;
+    // The high clamp is tested first on purpose: a value above clampHigh is
+    // clamped high even when it is also below clampLow.
+    if (r > l.clampHigh) {
+        value = ConvertValue<D>(l.clampHigh);
+        return kRadianceClampedHigh;
+    }
+    if (r < l.clampLow) {
+        value = ConvertValue<D>(l.clampLow);
+        return kRadianceClampedLow;
+    }
+    return kRadianceOutsideValid;
+}
+
+// As TMapBody, then the value rounded to the destination type is judged
+// against limits(flat).
+template <class S, class D, class V, class L>
+struct TMapStatusBody {
+    static constexpr bool kNeedsXY = false;
+    const S* src;
+    D* dst;
+    unsigned char* status;
+    V value;
+    L limits;
+    void operator()(unsigned flat, unsigned i, unsigned, unsigned)
+    {
+        D r = ConvertValue<D>(value(ConvertValue<double>(src[flat]), flat));
+        status[i] = ApplyLimits(r, limits(flat));
+        dst[i] = r;
+    }
+};
+
+template <class S, class D, class W, class V, class L>
+inline void MapStatus(const void* src, void* dst, const W& walk, unsigned char* status, V value, L limits)
+{
+    TMapStatusBody<S, D, V, L> body{static_cast<const S*>(src), static_cast<D*>(dst), status, value, limits};
+    walk(body);
+}
+
+// Coefficients copied out of the caller's array, so that the compiler keeps
+// them in registers instead of reloading them after each store.
+template <int N>
+struct TCoefs {
+    double c[N];
+    explicit TCoefs(const double* from)
+    {
+        for (int i = 0; i < N; ++i) c[i] = from[i];
+    }
+};
+
+// ---------------------------------------------------------------------------
+// Radiance polynomial
+
+// Forms of the radiance polynomial: the order itself for -2 to 4, and these.
+constexpr int kRadiancePow = 5;   // orders above 4
+constexpr int kRadianceZero = -3; // orders below -2
+
+template <class F>
+decltype(auto) WithRadianceForm(int order, F&& f)
+{
+    switch (order) {
+    case 0: return f.template operator()<0>();
+    case 1: return f.template operator()<1>();
+    case 2: return f.template operator()<2>();
+    case 3: return f.template operator()<3>();
+    case 4: return f.template operator()<4>();
+    case -1: return f.template operator()<-1>();
+    case -2: return f.template operator()<-2>();
+    }
+    if (order > 4) return f.template operator()<kRadiancePow>();
+    return f.template operator()<kRadianceZero>();
+}
+
+// v the signal, c the coefficients, b the background, s the scale.
+template <int K>
+inline double RadiancePoly(double v, const double* c, int order, double b, double s)
+{
+    if constexpr (K == 0) return v * s;
+    else if constexpr (K == 1) return (c[0] + c[1] * v) * s;
+    else if constexpr (K == 2) return (c[0] + c[1] * v + c[2] * v * v) * s;
+    else if constexpr (K == 3) return (c[0] + c[1] * v + c[2] * v * v + c[3] * v * v * v) * s;
+    else if constexpr (K == 4) return (c[0] + c[1] * v + c[2] * v * v + c[3] * v * v * v + c[4] * v * v * v * v) * s;
+    else if constexpr (K == kRadiancePow) {
+        double sum = 0.0;
+        for (int i = 0; i <= order; ++i) sum += std::pow(v, i) * c[i];
+        return s * sum;
+    }
+    // The offset c0 is deliberately not scaled in this background mode.
+    else if constexpr (K == -1)
+        return c[1] * (v - b) * s + c[0];
+    else if constexpr (K == -2) return (c[1] * (v - b) + c[0]) * s;
+    else return 0.0;
+}
+
+inline double RadianceValue(double v, const double* c, int order, double b, double s)
+{
+    return WithRadianceForm(order, [&]<int K>() { return RadiancePoly<K>(v, c, order, b, s); });
+}
+
+// Coefficients a form reads.
+template <int K>
+constexpr int kRadianceCoefs = K >= 1 && K <= 4 ? K + 1 : (K == -1 || K == -2 ? 2 : 0);
+
+// Non-PS radiance kernel over walker W (whole frame and index list; the
+// other regions are made of runs of the whole-frame kernel). It takes no
+// limits: the status forms judge the stored values in a second pass.
+template <class W>
+struct TRadiance {
+    template <class S, class D>
+    struct K {
+        static void Run(const void* src, void* dst, const W& walk, const SPoly& p, unsigned char*, const SLimits&)
+        {
+            const double s = p.scale;
+            WithRadianceForm(p.order, [&]<int F>() {
+                constexpr int n = kRadianceCoefs<F>;
+                if constexpr (F == -1 || F == -2) {
+                    const TCoefs<n> k(p.coefficients);
+                    if (const double* img = p.backgroundImage) {
+                        Map<S, D>(src, dst, walk,
+                                  [=](double v, unsigned flat) { return RadiancePoly<F>(v, k.c, 0, img[flat], s); });
+                    } else {
+                        const double b = p.background;
+                        Map<S, D>(src, dst, walk, [=](double v, unsigned) { return RadiancePoly<F>(v, k.c, 0, b, s); });
+                    }
+                } else if constexpr (n > 0) {
+                    const TCoefs<n> k(p.coefficients);
+                    Map<S, D>(src, dst, walk, [=](double v, unsigned) { return RadiancePoly<F>(v, k.c, 0, 0.0, s); });
+                } else {
+                    const double* c = p.coefficients;
+                    const int order = p.order;
+                    Map<S, D>(src, dst, walk, [=](double v, unsigned) { return RadiancePoly<F>(v, c, order, 0.0, s); });
+                }
+            });
+        }
+    };
+};
+
+// Judges n stored values against one set of limits.
+template <class D>
+void JudgeLimits(D* values, unsigned char* status, unsigned int n, const SLimits& limits)
+{
+    for (unsigned int i = 0; i < n; ++i) status[i] = ApplyLimits(values[i], limits);
+}
+
+// The radiance of one pixel of a per-preset call.
+inline double RadiancePS(const SPolyPS& set, double v, unsigned flat)
+{
+    const SPoly& q = set.preset[set.presetIndex[flat] & kPresetMask];
+    const double b = q.backgroundImage ? q.backgroundImage[flat] : q.background;
+    return RadianceValue(v, q.coefficients, q.order, b, q.scale);
+}
+
+template <class W, bool kStatus>
+struct TRadiancePS {
+    template <class S, class D>
+    struct K {
+        static void Run(const void* src, void* dst, const W& walk, const SPolyPS& set, unsigned char* status)
+        {
+            const auto value = [&set](double v, unsigned flat) { return RadiancePS(set, v, flat); };
+            if constexpr (kStatus) {
+                MapStatus<S, D>(src, dst, walk, status, value, [&set](unsigned flat) -> const SLimits& {
+                    return set.limits[set.presetIndex[flat] & kPresetMask];
+                });
+            } else {
+                Map<S, D>(src, dst, walk, value);
+            }
+        }
+    };
+};
+
+// ---------------------------------------------------------------------------
+// Temperature methods
+
+// Orders 1 to 6 written out; 0 stands for every other order.
+template <class F>
+decltype(auto) WithTempOrder(int order, F&& f)
+{
+    switch (order) {
+    case 1: return f.template operator()<1>();
+    case 2: return f.template operator()<2>();
+    case 3: return f.template operator()<3>();
+    case 4: return f.template operator()<4>();
+    case 5: return f.template operator()<5>();
+    case 6: return f.template operator()<6>();
+    }
+    return f.template operator()<0>();
+}
+
+template <int N>
+inline double TempPoly(double x, const double* c)
+{
+    const double x2 = x * x;
+    const double x3 = x2 * x;
+    const double x4 = x3 * x;
+    const double x5 = x4 * x;
+    const double x6 = x5 * x;
+    if constexpr (N == 1) return c[0] + c[1] * x;
+    else if constexpr (N == 2) return c[0] + c[1] * x + c[2] * x2;
+    else if constexpr (N == 3) return c[0] + c[1] * x + c[2] * x2 + c[3] * x3;
+    else if constexpr (N == 4) return c[0] + c[1] * x + c[2] * x2 + c[3] * x3 + c[4] * x4;
+    else if constexpr (N == 5) return c[0] + c[1] * x + c[2] * x2 + c[3] * x3 + c[4] * x4 + c[5] * x5;
+    else return c[0] + c[1] * x + c[2] * x2 + c[3] * x3 + c[4] * x4 + c[5] * x5 + c[6] * x6;
+}
+
+// Any order through pow; -1 and below give 0.
+inline double TempPolyPow(double x, const double* c, int order)
+{
+    double sum = 0.0;
+    for (int i = 0; i <= order; ++i) sum += c[i] * std::pow(x, i);
+    return sum;
+}
+
+inline double TempPolyValue(double x, const double* c, int order)
+{
+    return WithTempOrder(order, [&]<int N>() {
+        if constexpr (N == 0) return TempPolyPow(x, c, order);
+        else return TempPoly<N>(x, c);
+    });
+}
+
+// Celsius from a table of at least two rows; inside is false for a value
+// beyond either end, which gets the end row's temperature.
+inline double LookupCelsius(double x, const double* t, const double* temp, int size, bool& inside)
+{
+    inside = false;
+    if (x < t[0]) return temp[0];
+    if (x > t[size - 1]) return temp[size - 1];
+    inside = true;
+    int lo = 1, hi = size - 1, m = size / 2;
+    while (lo <= hi) {
+        if (t[m] >= x && x >= t[m - 1])
+            return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
+        if (x < t[m - 1]) hi = m - 1;
+        else lo = m + 1;
+        m = (lo + hi) / 2;
+    }
+    // Only a NaN or a table that does not ascend gets here.
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+// Planck's law inverted at the middle of the band. Its constants 11910.66
+// and 14388.3 differ from the 11910.7 and 14388.4 of Radiance on purpose, so
+// a round trip through both does not close exactly.
+struct SPlanck {
+    double w, a, w5;
+    SPlanck(double bandEnd, double bandStart, double emissivity)
+        : w(0.5 * (bandEnd - bandStart) + bandStart), a((bandEnd - bandStart) * 11910.66 * emissivity),
+          w5(std::pow(w, 5.0))
+    {
+    }
+    double Kelvin(double radiance) const { return 14388.3 / (std::log(a / (w5 * radiance) + 1.0) * w); }
+};
+
+// The calibration curve T = B / log(R / x + F), x the black body signal less
+// the offset O. The floor keeps the logarithm above zero for signals beyond
+// the curve's pole; no signal gives 0 Kelvin.
+inline double RBFKelvin(double radiance, double emissivity, double R, double B, double F, double O)
+{
+    const double x = radiance / emissivity - O;
+    if (x <= 0.0) return 0.0;
+    const double g = R / x + F;
+    const double floor = F <= 1.0 ? 1.0002 : F * 1.0002;
+    return B / std::log(std::max(floor, g));
+}
+
+template <class W>
+struct TCoeffs {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SCoeffsArgs& a)
+        {
+            const double em = a.emissivity;
+            WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
+                WithTempOrder(a.order, [&]<int N>() {
+                    if constexpr (N == 0) {
+                        const double* c = a.coefficients;
+                        const int order = a.order;
+                        Map<S, D>(src, dst, walk, [=](double r, unsigned) {
+                            return ConvertScale<tempCelsius, To>(TempPolyPow(r / em, c, order));
+                        });
+                    } else {
+                        const TCoefs<N + 1> k(a.coefficients);
+                        Map<S, D>(src, dst, walk, [=](double r, unsigned) {
+                            return ConvertScale<tempCelsius, To>(TempPoly<N>(r / em, k.c));
+                        });
+                    }
+                });
+            });
+            return true;
+        }
+    };
+};
+
+template <class W>
+struct TCoeffsPS {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SCoeffsPSArgs& a)
+        {
+            return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
+                return MapUntil<S, D>(src, dst, walk, [&a](double r, unsigned flat, double& out) {
+                    const unsigned p = a.presetIndex[flat];
+                    // This form serves presets 0 to 3 only, and orders from 1 up: intended.
+                    if (p > 3) return false;
+                    const int order = a.orders[p];
+                    if (order < 1) return false;
+                    const double* c = a.coefficients[p];
+                    const double x = r / a.emissivity;
+                    // The running sum is kept in float and each term uses pow: intended.
+                    float sum = 0.0f;
+                    for (int i = 0; i <= order; ++i) sum = static_cast<float>(sum + c[i] * std::pow(x, i));
+                    out = ConvertScale<tempCelsius, To>(sum);
+                    return true;
+                });
+            });
+        }
+    };
+};
+
+template <class W>
+struct TLookup {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SLookupArgs& a)
+        {
+            if (a.size < 2) return false;
+            const double* t = a.table;
+            const double* temp = a.temperatures;
+            const int size = a.size;
+            const bool allowClamp = a.allowClamp;
+            const double em = a.emissivity;
+            return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
+                return MapUntil<S, D>(src, dst, walk, [=](double r, unsigned, double& out) {
+                    bool inside;
+                    const double c = LookupCelsius(r / em, t, temp, size, inside);
+                    if (!inside && !allowClamp) return false;
+                    out = ConvertScale<tempCelsius, To>(c);
+                    return true;
+                });
+            });
+        }
+    };
+};
+
+template <class W>
+struct TLookupPS {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SLookupPSArgs& a)
+        {
+            return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
+                return MapUntil<S, D>(src, dst, walk, [&a](double r, unsigned flat, double& out) {
+                    const unsigned p = a.presetIndex[flat] & kPresetMask;
+                    const int size = a.sizes[p];
+                    if (size < 2) return false;
+                    bool inside;
+                    const double c = LookupCelsius(r / a.emissivity, a.tables[p], a.temperatures[p], size, inside);
+                    if (!inside && !a.allowClamp) return false;
+                    out = ConvertScale<tempCelsius, To>(c);
+                    return true;
+                });
+            });
+        }
+    };
+};
+
+template <class W>
+struct TPlanck {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SPlanckArgs& a)
+        {
+            const SPlanck k(a.bandEnd, a.bandStart, a.emissivity);
+            WithScale<tempKelvin>(a.tempType, [&]<ETempType To>() {
+                Map<S, D>(src, dst, walk,
+                          [=](double r, unsigned) { return ConvertScale<tempKelvin, To>(k.Kelvin(r)); });
+            });
+            return true;
+        }
+    };
+};
+
+template <class W>
+struct TRBF {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SRBFArgs& a)
+        {
+            const double em = a.emissivity, R = a.R, B = a.B, F = a.F, O = a.O;
+            WithScale<tempKelvin>(a.tempType, [&]<ETempType To>() {
+                Map<S, D>(src, dst, walk, [=](double r, unsigned) {
+                    return ConvertScale<tempKelvin, To>(RBFKelvin(r, em, R, B, F, O));
+                });
+            });
+            return true;
+        }
+    };
+};
+
+template <class W>
+struct TRBFPS {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SRBFPSArgs& a)
+        {
+            WithScale<tempKelvin>(a.tempType, [&]<ETempType To>() {
+                Map<S, D>(src, dst, walk, [&a](double r, unsigned flat) {
+                    const unsigned p = a.presetIndex[flat] & kPresetMask;
+                    return ConvertScale<tempKelvin, To>(RBFKelvin(r, a.emissivity, a.R[p], a.B[p], a.F[p], a.O[p]));
+                });
+            });
+            return true;
+        }
+    };
+};
+
+// ---------------------------------------------------------------------------
+// Per-preset method choice
+
+// Temperature of one radiance by a preset's method, in the wanted scale.
+inline double TemperatureOf(const STempMethod& m, const STempSet& set, const SPlanck& planck, double radiance)
+{
+    switch (m.method) {
+    case methodLookup: {
+        bool inside;
+        const double c = LookupCelsius(radiance / set.emissivity, m.table, m.temperatures, m.size, inside);
+        return ConvertScale(c, tempCelsius, set.tempType);
+    }
+    case methodCoeffs:
+        return ConvertScale(TempPolyValue(radiance / set.emissivity, m.coefficients, m.order), tempCelsius,
+                            set.tempType);
+    case methodPlanck: break;
+    }
+    return ConvertScale(planck.Kelvin(radiance), tempKelvin, set.tempType);
+}
+
+template <class W>
+struct TRadianceToTemperaturePS {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const STempSet& set)
+        {
+            const SPlanck planck(set.bandEnd, set.bandStart, set.emissivity);
+            Map<S, D>(src, dst, walk, [&](double r, unsigned flat) {
+                return TemperatureOf(set.preset[set.presetIndex[flat] & kPresetMask], set, planck, r);
+            });
+            return true;
+        }
+    };
+};
+
+// Radiance and temperature of each pixel in one pass; the radiance is held
+// in the destination's type on the way.
+template <class W>
+struct TCountsToTemperaturePS {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SPolyPS& poly, const STempSet& set)
+        {
+            const SPlanck planck(set.bandEnd, set.bandStart, set.emissivity);
+            Map<S, D>(src, dst, walk, [&](double v, unsigned flat) {
+                const double radiance = ConvertValue<D>(RadiancePS(poly, v, flat));
+                return TemperatureOf(set.preset[set.presetIndex[flat] & kPresetMask], set, planck, radiance);
+            });
+            return true;
+        }
+    };
+};
+
+// ---------------------------------------------------------------------------
+// Records of the public interface in the kernels' form
+
+inline SPoly PolyOf(const SRadianceParams& p, double scale)
+{
+    return SPoly{p.coefficients, p.order, p.background, p.backgroundImage, scale};
+}
+
+inline SPolyPS PolySetOf(const unsigned char* presetIndex, const bool* presetActive, const SRadianceParams* params,
+                         double scale)
+{
+    SPolyPS set;
+    set.presetIndex = presetIndex;
+    for (int p = 0; p < 8; ++p)
+        set.preset[p] = SPoly{params[p].coefficients, params[p].order, params[p].background, nullptr, scale};
+    // Per-pixel backgrounds serve presets 0 to 3 only: the limit of four is
+    // part of the design of the per-preset kernels, although objects carry
+    // eight slots. Other pixels take their preset's scalar background.
+    for (int p = 0; p < 4; ++p)
+        if (presetActive && presetActive[p] && params[p].backgroundImage)
+            set.preset[p].backgroundImage = params[p].backgroundImage;
+    return set;
+}
+
+inline STempMethod MethodOf(const STemperatureParams& t)
+{
+    STempMethod m;
+    if (t.lookupRadiance && t.lookupTemperature && t.lookupSize >= 2) {
+        m.method = methodLookup;
+        m.table = t.lookupRadiance;
+        m.temperatures = t.lookupTemperature;
+        m.size = t.lookupSize;
+    } else if (t.tempCoefficients && t.tempOrder > 0) {
+        m.method = methodCoeffs;
+        m.coefficients = t.tempCoefficients;
+        m.order = t.tempOrder;
+    }
+    return m;
+}
+
+// presets records: 1 for the single-preset forms, 8 by preset.
+inline STempSet TempSetOf(const STemperatureParams* params, int presets, const SCommonParams& common,
+                          const unsigned char* presetIndex)
+{
+    STempSet set;
+    for (int p = 0; p < presets; ++p) set.preset[p] = MethodOf(params[p]);
+    set.emissivity = common.emissivity;
+    set.bandEnd = common.bandpassEnd;
+    set.bandStart = common.bandpassStart;
+    set.tempType = common.tempType;
+    set.presetIndex = presetIndex;
+    return set;
+}
+
+// A temperature table of kernel family Kernel over walker W.
+#define ORV_TEMPERATURE_TABLE(name, Kernel, W, Args)                                                                   \
+    const ::orv::reduce::priv::TFloatByFloat<::orv::reduce::priv::TTemperatureKernel<W, Args>> name =                  \
+        ::orv::reduce::priv::FloatByFloatTable<::orv::reduce::priv::TTemperatureKernel<W, Args>, Kernel<W>::K>()
+
+// Checks the types, then calls the table's kernel.
+template <class W, class A>
+inline bool RunTemperature(const TFloatByFloat<TTemperatureKernel<W, A>>& table, STypedData src, STypedData dst,
+                           const W& walk, const A& args)
+{
+    const int t = FloatByFloatIndex(src.type, dst.type);
+    if (t < 0) return false;
+    return table[t](src.data, dst.data, walk, args);
+}
+
+// Elements a walker yields.
+inline unsigned int WalkSize(const SWalkCount& w)
+{
+    return w.count;
+}
+inline unsigned int WalkSize(const SWalkIndices& w)
+{
+    return w.count;
+}
+inline unsigned int WalkSize(const SWalkRect& w)
+{
+    return RegionPixels(w.area);
+}
+inline unsigned int WalkSize(const SWalkScanLines& w)
+{
+    return RegionPixels(*w.lines);
+}
+inline unsigned int WalkSize(const SWalkMask& w)
+{
+    return RegionPixels(w.area, w.mask, w.stride);
+}
+
+// The tables of each region form, for the kernels that build on other kernels.
+template <class W>
+struct TRegionTables;
+#define ORV_REGION_TABLES(W, Suffix)                                                                                   \
+    template <>                                                                                                        \
+    struct TRegionTables<W> {                                                                                          \
+        static constexpr const auto& radiance = ::orv::reduce::vecCountsToRadiance##Suffix;                            \
+        static constexpr const auto& lookup = ::orv::reduce::vecToTemperatureLookup##Suffix;                           \
+        static constexpr const auto& coeffs = ::orv::reduce::vecToTemperatureCoeffs##Suffix;                           \
+        static constexpr const auto& planck = ::orv::reduce::vecToTemperaturePlanck##Suffix;                           \
+    };
+ORV_REGION_TABLES(SWalkCount, Img)
+ORV_REGION_TABLES(SWalkIndices, Idx)
+ORV_REGION_TABLES(SWalkRect, Rect)
+ORV_REGION_TABLES(SWalkScanLines, ScanLines)
+ORV_REGION_TABLES(SWalkMask, Mask)
+#undef ORV_REGION_TABLES
+
+// Temperature by the method of preset 0 of set, through the method's own
+// kernel at float-by-float position t; a table is clamped at its ends.
+// Runs of consecutive pixels of a region, in region order: f(flat, length).
+template <class F>
+void ForEachRun(const SWalkRect& w, F&& f)
+{
+    if (w.area.bottom < w.area.top || w.area.right < w.area.left) return;
+    const unsigned int n = unsigned(w.area.right) - w.area.left + 1;
+    for (unsigned int y = w.area.top; y <= w.area.bottom; ++y) f(y * w.width + w.area.left, n);
+}
+template <class F>
+void ForEachRun(const SWalkScanLines& w, F&& f)
+{
+    for (const SScanLine& line : *w.lines)
+        if (line.last >= line.first) f(unsigned(line.row) * w.width + line.first, unsigned(line.last) - line.first + 1);
+}
+template <class F>
+void ForEachRun(const SWalkMask& w, F&& f)
+{
+    if (w.area.bottom < w.area.top || w.area.right < w.area.left) return;
+    for (unsigned int y = w.area.top; y <= w.area.bottom; ++y) {
+        const unsigned char* m = w.mask + size_t(y) * w.stride;
+        for (unsigned int x = w.area.left; x <= w.area.right;) {
+            if (!m[x]) {
+                ++x;
+                continue;
+            }
+            const unsigned int first = x;
+            while (x <= w.area.right && m[x]) ++x;
+            f(y * w.width + first, x - first);
+        }
+    }
+}
+
+// Region forms of the non-PS radiance and polynomial kernels: each run of
+// the region goes through the whole-frame kernel, so a region adds no pixel
+// loops of its own and a rectangle's rows run as dense, vectorised loops.
+template <class W>
+struct TRadianceRuns {
+    template <class S, class D>
+    struct K {
+        static void Run(const void* src, void* dst, const W& walk, const SPoly& p, unsigned char*, const SLimits&)
+        {
+            const TRadianceKernel<SWalkCount> dense = vecCountsToRadianceImg[SourceByFloatIndexOf<S, D>];
+            const S* s = static_cast<const S*>(src);
+            D* d = static_cast<D*>(dst);
+            unsigned int i = 0;
+            ForEachRun(walk, [&](unsigned int flat, unsigned int n) {
+                SPoly run = p;
+                if (run.backgroundImage) run.backgroundImage += flat;
+                dense(s + flat, d + i, SWalkCount{n}, run, nullptr, SLimits{});
+                i += n;
+            });
+        }
+    };
+};
+
+template <class W>
+struct TCoeffsRuns {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SCoeffsArgs& a)
+        {
+            const auto dense = vecToTemperatureCoeffsImg[FloatByFloatIndexOf<S, D>];
+            const S* s = static_cast<const S*>(src);
+            D* d = static_cast<D*>(dst);
+            unsigned int i = 0;
+            ForEachRun(walk, [&](unsigned int flat, unsigned int n) {
+                dense(s + flat, d + i, SWalkCount{n}, a);
+                i += n;
+            });
+            return true;
+        }
+    };
+};
+
+template <class W>
+bool RunMethod(int t, const void* src, void* dst, const W& walk, const STempSet& set)
+{
+    const STempMethod& m = set.preset[0];
+    switch (m.method) {
+    case methodLookup:
+        return TRegionTables<W>::lookup[t](
+            src, dst, walk, SLookupArgs{m.table, m.temperatures, m.size, true, set.emissivity, set.tempType});
+    case methodCoeffs:
+        return TRegionTables<W>::coeffs[t](src, dst, walk,
+                                           SCoeffsArgs{m.coefficients, m.order, set.emissivity, set.tempType});
+    case methodPlanck: break;
+    }
+    return TRegionTables<W>::planck[t](src, dst, walk,
+                                       SPlanckArgs{set.bandEnd, set.bandStart, set.emissivity, set.tempType});
+}
+
+// Radiance with limits: the values first, then each stored value judged.
+template <class W>
+struct TRadianceThenLimits {
+    template <class S, class D>
+    struct K {
+        static void Run(const void* src, void* dst, const W& walk, const SPoly& p, unsigned char* status,
+                        const SLimits& limits)
+        {
+            TRegionTables<W>::radiance[SourceByFloatIndexOf<S, D>](src, dst, walk, p, nullptr, SLimits{});
+            JudgeLimits(static_cast<D*>(dst), status, WalkSize(walk), limits);
+        }
+    };
+};
+
+template <class W>
+struct TRadianceToTemperature {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const STempSet& set)
+        {
+            return RunMethod(FloatByFloatIndexOf<S, D>, src, dst, walk, set);
+        }
+    };
+};
+
+// The radiance of the region goes densely into the destination, in its
+// type, and the temperature follows in place: one kernel per step, each with
+// its loop decided once.
+template <class W>
+struct TCountsToTemperature {
+    template <class S, class D>
+    struct K {
+        static bool Run(const void* src, void* dst, const W& walk, const SPoly& poly, const STempSet& set)
+        {
+            TRegionTables<W>::radiance[SourceByFloatIndexOf<S, D>](src, dst, walk, poly, nullptr, SLimits{});
+            return RunMethod(FloatByFloatIndexOf<D, D>, dst, dst, SWalkCount{WalkSize(walk)}, set);
+        }
+    };
+};
+
+} // namespace orv::reduce::priv
