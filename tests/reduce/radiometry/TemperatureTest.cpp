@@ -1,0 +1,428 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "reduce/convert/RadiometryTables.h"
+#include "reduce/convert/TemperatureKernels.h"
+#include "tests/reduce/radiometry/RadiometryTestUtil.h"
+
+using namespace orv;
+using namespace orv::reduce;
+using namespace radiometry_test;
+
+namespace {
+
+const ETempType kScales[4] = {tempCelsius, tempFahrenheit, tempKelvin, tempRankine};
+
+// Interpolation by a linear scan over the rows.
+double TableRef(double x, const std::vector<double>& t, const std::vector<double>& temp)
+{
+    if (x <= t.front()) return temp.front();
+    for (size_t k = 1; k < t.size(); ++k)
+        if (x <= t[k]) return temp[k - 1] + (temp[k] - temp[k - 1]) * (x - t[k - 1]) / (t[k] - t[k - 1]);
+    return temp.back();
+}
+
+// Mid-band Planck inverse with its own constants, Kelvin.
+double PlanckRef(double radiance, double bandEnd, double bandStart, double emissivity)
+{
+    const double w = (bandEnd + bandStart) / 2.0;
+    return 14388.3 / (w * std::log1p((bandEnd - bandStart) * 11910.66 * emissivity / (std::pow(w, 5) * radiance)));
+}
+
+// A 6 x 4 frame and its three region shapes, with the flat indices each yields.
+struct SRegions {
+    unsigned short width = 6, height = 4;
+    SArea rect{1, 1, 2, 3};
+    std::vector<unsigned> rectFlats{7, 8, 9, 13, 14, 15};
+    TArray<SScanLine> lines{{3, 4, 5}, {0, 2, 2}};
+    std::vector<unsigned> lineFlats{22, 23, 2};
+    std::vector<unsigned char> mask = std::vector<unsigned char>(6 * 4, 0);
+    std::vector<unsigned> maskFlats{1, 20};
+    SRegions()
+    {
+        mask[1] = 1;
+        mask[20] = 1;
+    }
+};
+
+} // namespace
+
+TEST(Temperature, ScalarPolynomialSquaresXButFrameFormsDoNot)
+{
+    double c[4] = {1.0, 2.0, 3.0, 4.0};
+    // x = 1.0 / 0.5 = 2: 1 + 2 x + 3 x^2 + 4 x^4 against the true cubic 1 + 2 x + 3 x^2 + 4 x^3.
+    EXPECT_EQ(ToTemperatureCoeffs(1.0, c, 3, 0.5, tempCelsius), 81.0);
+    EXPECT_EQ(ToTemperatureCoeffs(1.0, c, 3, 0.5, tempKelvin), 81.0 + 273.15);
+    EXPECT_EQ(ToTemperatureCoeffs(1.0, c, 0, 0.5, tempCelsius), 1.0);
+    EXPECT_EQ(ToTemperatureCoeffs(1.0, c, -1, 0.5, tempCelsius), 1.0);
+    EXPECT_EQ(_ToTemperatureCoeffs(1.0, c, 3, 0.5), 49.0);
+    EXPECT_EQ(_ToTemperatureCoeffs(1.0, c, -1, 0.5), 0.0);
+    std::vector<double> src{1.0}, dst(1);
+    ASSERT_TRUE(ToTemperatureCoeffs(Typed(dst), Typed(src), 1, c, 3, 0.5, tempCelsius));
+    EXPECT_EQ(dst[0], 49.0);
+}
+
+TEST(Temperature, FramePolynomialOverOrdersScalesAndTypes)
+{
+    double c[8] = {-40.0, 30.0, -4.0, 0.9, -0.1, 0.01, -5e-4, 1e-5};
+    ForEachFloat([&]<class S>() {
+        ForEachFloat([&]<class D>() {
+            const unsigned n = 40;
+            std::vector<S> src(n);
+            for (unsigned i = 0; i < n; ++i) src[i] = S(0.25 + 0.1 * i);
+            for (ETempType scale : kScales) {
+                for (int order : {1, 2, 3, 4, 5, 6, 7, 0, -1}) {
+                    std::vector<D> dst(n);
+                    ASSERT_TRUE(ToTemperatureCoeffs(Typed(dst), Typed(src), n, c, order, 0.8, scale));
+                    for (unsigned i = 0; i < n; ++i) {
+                        const double expected =
+                            order < 0 ? FromCelsius(0.0, scale) : FromCelsius(Horner(c, order, src[i] / 0.8), scale);
+                        ASSERT_TRUE(Close(dst[i], D(expected), std::is_same_v<D, float> ? 1e-6 : 1e-11, 1e-9))
+                            << "order " << order << " scale " << scale << " at " << i;
+                    }
+                }
+            }
+        });
+    });
+}
+
+TEST(Temperature, ScalarLookupEndsAndSizes)
+{
+    double t[3] = {1.0, 2.0, 4.0};
+    double temp[3] = {10.0, 20.0, 30.0};
+    double out = -1.0;
+    EXPECT_FALSE(ToTemperatureLookup(out, 1.5, t, temp, 1, true, 1.0, tempCelsius));
+    EXPECT_EQ(out, -1.0);
+    EXPECT_EQ(_ToTemperatureLookup(1.5, t, temp, 1, 1.0), 0.0);
+    EXPECT_TRUE(ToTemperatureLookup(out, 4.0, t, temp, 3, false, 1.0, tempCelsius));
+    EXPECT_EQ(out, 30.0);
+    EXPECT_FALSE(ToTemperatureLookup(out, 5.0, t, temp, 3, false, 1.0, tempCelsius));
+    EXPECT_EQ(out, 30.0);
+    EXPECT_TRUE(ToTemperatureLookup(out, 0.5, t, temp, 3, true, 1.0, tempKelvin));
+    EXPECT_EQ(out, 10.0 + 273.15);
+    EXPECT_TRUE(ToTemperatureLookup(out, 1.5, t, temp, 3, false, 0.5, tempCelsius)); // x = 3
+    EXPECT_EQ(out, 25.0);
+}
+
+TEST(Temperature, FrameLookupMatchesALinearScanAndStopsOutsideTheTable)
+{
+    for (int size = 2; size <= 9; ++size) {
+        std::vector<double> t, temp;
+        for (int k = 0; k < size; ++k) {
+            t.push_back(k * k + 0.5 * k);
+            temp.push_back(-20.0 + 7.0 * k + std::sin(k));
+        }
+        const unsigned n = 97;
+        std::vector<double> src(n);
+        for (unsigned i = 0; i < n; ++i) src[i] = t.back() * i / (n - 1);
+        std::vector<float> dst(n);
+        ASSERT_TRUE(
+            ToTemperatureLookup(Typed(dst), Typed(src), n, t.data(), temp.data(), size, false, 1.0, tempFahrenheit));
+        for (unsigned i = 0; i < n; ++i)
+            ASSERT_TRUE(Close(dst[i], float(FromCelsius(TableRef(src[i], t, temp), tempFahrenheit)), 1e-6, 1e-5))
+                << size << " " << i;
+    }
+
+    std::vector<double> t{1.0, 2.0, 3.0}, temp{10.0, 20.0, 30.0};
+    std::vector<double> src{1.0, 1.5, 2.0, 2.5, 9.0, 1.0, 1.0, 1.0, 1.0, 1.0};
+    std::vector<double> dst(10, -1.0);
+    EXPECT_FALSE(ToTemperatureLookup(Typed(dst), Typed(src), 10, t.data(), temp.data(), 3, false, 1.0, tempCelsius));
+    EXPECT_EQ(dst, (std::vector<double>{10, 15, 20, 25, -1, -1, -1, -1, -1, -1}));
+    EXPECT_TRUE(ToTemperatureLookup(Typed(dst), Typed(src), 10, t.data(), temp.data(), 3, true, 1.0, tempCelsius));
+    EXPECT_EQ(dst[4], 30.0);
+    EXPECT_EQ(dst[9], 10.0);
+    EXPECT_TRUE(ToTemperatureLookup(Typed(dst), Typed(src), 0, t.data(), temp.data(), 3, false, 1.0, tempCelsius));
+    dst.assign(10, -1.0);
+    EXPECT_FALSE(ToTemperatureLookup(Typed(dst), Typed(src), 10, t.data(), temp.data(), 1, true, 1.0, tempCelsius));
+    EXPECT_EQ(dst, std::vector<double>(10, -1.0));
+
+    // Per preset: each pixel's own table.
+    std::vector<double> t2{0.0, 10.0}, temp2{0.0, 100.0};
+    double* tables[8] = {t.data(), t2.data()};
+    double* temps[8] = {temp.data(), temp2.data()};
+    int sizes[8] = {3, 2};
+    std::vector<unsigned char> preset{0, 1, 1, 0};
+    std::vector<double> psSrc{1.5, 2.5, 20.0, 2.5}, psDst(4);
+    EXPECT_TRUE(ToTemperatureLookup(Typed(psDst), Typed(psSrc), preset.data(), 4, tables, temps, sizes, true, 1.0,
+                                    tempCelsius));
+    EXPECT_EQ(psDst, (std::vector<double>{15.0, 25.0, 100.0, 25.0}));
+    psDst.assign(4, -1.0);
+    EXPECT_FALSE(ToTemperatureLookup(Typed(psDst), Typed(psSrc), preset.data(), 4, tables, temps, sizes, false, 1.0,
+                                     tempCelsius));
+    EXPECT_EQ(psDst, (std::vector<double>{15.0, 25.0, -1.0, -1.0}));
+}
+
+TEST(Temperature, PlanckInverseRoundTripsWithinTheConstantMismatch)
+{
+    for (double tempC : {-20.0, 25.0, 100.0, 500.0}) {
+        const double radiance = Radiance(tempC, 10.0, 10.01, 1.0);
+        const double kelvin = ToTemperaturePlanck(radiance, 10.01, 10.0, 1.0, tempKelvin);
+        const double error = (kelvin - (tempC + 273.15)) / (tempC + 273.15);
+        // The inverse's constants differ by about 7e-6 from the forward ones.
+        EXPECT_LT(std::fabs(error), 2e-5) << tempC;
+        EXPECT_GT(std::fabs(error), 1e-7) << tempC;
+        EXPECT_TRUE(Close(kelvin, PlanckRef(radiance, 10.01, 10.0, 1.0), 1e-13));
+        EXPECT_DOUBLE_EQ(ToTemperaturePlanck(radiance, 10.01, 10.0, 0.5, tempKelvin),
+                         ToTemperaturePlanck(2.0 * radiance, 10.01, 10.0, 1.0, tempKelvin));
+        EXPECT_DOUBLE_EQ(ToTemperaturePlanck(radiance, 10.01, 10.0, 1.0, tempRankine), kelvin * 1.8);
+    }
+    ForEachFloat([]<class S>() {
+        ForEachFloat([]<class D>() {
+            std::vector<S> src{S(0.5), S(2.0), S(9.0)};
+            std::vector<D> dst(3);
+            ASSERT_TRUE(ToTemperaturePlanck(Typed(dst), Typed(src), 3, 12.0, 8.0, 0.9, tempCelsius));
+            for (int i = 0; i < 3; ++i) EXPECT_TRUE(Close(dst[i], D(PlanckRef(src[i], 12.0, 8.0, 0.9) - 273.15), 1e-6));
+        });
+    });
+}
+
+TEST(Temperature, CalibrationCurveRoundTripsAndHonoursItsFloor)
+{
+    const double R = 350000.0, B = 1420.0, F = 1.2, O = 15.0, em = 0.9;
+    for (double kelvin = 250.0; kelvin <= 420.0; kelvin += 17.0) {
+        const double radiance = (R / (std::exp(B / kelvin) - F) + O) * em;
+        EXPECT_TRUE(Close(ToTemperatureRBF(radiance, R, B, F, O, 0, 0, 0, 0, em, tempKelvin), kelvin, 1e-12));
+    }
+    EXPECT_EQ(ToTemperatureRBF(0.0, R, B, F, 0.0, 0, 0, 0, 0, 1.0, tempFahrenheit), -459.67);
+    EXPECT_EQ(ToTemperatureRBF(0.0, R, B, F, 0.0, 0, 0, 0, 0, 1.0, tempCelsius), -273.15);
+    EXPECT_EQ(ToTemperatureRBF(-3.0, R, B, F, 0.0, 0, 0, 0, 0, 1.0, tempRankine), 0.0);
+    EXPECT_DOUBLE_EQ(ToTemperatureRBF(1e30, R, B, 2.0, 0.0, 0, 0, 0, 0, 1.0, tempKelvin), B / std::log(2.0 * 1.0002));
+    EXPECT_DOUBLE_EQ(ToTemperatureRBF(1e30, R, B, 0.5, 0.0, 0, 0, 0, 0, 1.0, tempKelvin), B / std::log(1.0002));
+
+    std::vector<float> src{100.0f, 2000.0f, 0.0f};
+    std::vector<double> dst(3);
+    ASSERT_TRUE(ToTemperatureRBF(Typed(dst), Typed(src), 3, R, B, F, O, 0, 0, 0, 0, em, tempCelsius));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(dst[i], ToTemperatureRBF(src[i], R, B, F, O, 0, 0, 0, 0, em, tempCelsius));
+    const unsigned indices[2] = {1, 1};
+    ASSERT_TRUE(ToTemperatureRBF(Typed(dst), Typed(src), indices, 2, R, B, F, O, 0, 0, 0, 0, em, tempCelsius));
+    EXPECT_EQ(dst[0], dst[1]);
+    std::vector<unsigned char> preset{0, 1, 1};
+    double Rs[8] = {R, 2 * R}, Bs[8] = {B, B}, Fs[8] = {F, F}, Os[8] = {O, 0};
+    ASSERT_TRUE(ToTemperatureRBF(Typed(dst), Typed(src), preset.data(), 3, Rs, Bs, Fs, Os, 0, 0, 0, 0, em, tempKelvin));
+    EXPECT_EQ(dst[1], ToTemperatureRBF(2000.0, 2 * R, B, F, 0, 0, 0, 0, 0, em, tempKelvin));
+    ASSERT_TRUE(ToTemperatureRBF(Typed(dst), Typed(src), indices, preset.data(), 2, Rs, Bs, Fs, Os, 0, 0, 0, 0, em,
+                                 tempKelvin));
+    EXPECT_EQ(dst[0], ToTemperatureRBF(2000.0, 2 * R, B, F, 0, 0, 0, 0, 0, em, tempKelvin));
+}
+
+TEST(Temperature, PerPresetPolynomialServesPresetsZeroToThreeWithAFloatSum)
+{
+    double c0[3] = {1.0, 0.1, 0.01}, c1[2] = {-5.0, 2.0}, c2[1] = {7.0};
+    double* coefs[8] = {c0, c1, c2, c0};
+    int orders[8] = {2, 1, 0, 2};
+    std::vector<double> src{3.3, 4.4, 5.5, 6.6};
+    std::vector<unsigned char> preset{0, 1, 3, 0};
+    std::vector<double> dst(4, -1.0);
+    ASSERT_TRUE(ToTemperatureCoeffs(Typed(dst), Typed(src), preset.data(), 4, coefs, orders, 1.0, tempKelvin));
+    for (int i = 0; i < 4; ++i) {
+        const double* c = coefs[preset[i]];
+        float sum = 0.0f;
+        for (int k = 0; k <= orders[preset[i]]; ++k) sum = float(sum + c[k] * std::pow(src[i], k));
+        EXPECT_EQ(dst[i], double(sum) + 273.15) << i;
+    }
+    preset = {0, 1, 4, 0};
+    dst.assign(4, -1.0);
+    EXPECT_FALSE(ToTemperatureCoeffs(Typed(dst), Typed(src), preset.data(), 4, coefs, orders, 1.0, tempCelsius));
+    EXPECT_NE(dst[1], -1.0);
+    EXPECT_EQ(dst[2], -1.0);
+    EXPECT_EQ(dst[3], -1.0);
+    preset = {2, 0, 0, 0};
+    dst.assign(4, -1.0);
+    EXPECT_FALSE(ToTemperatureCoeffs(Typed(dst), Typed(src), preset.data(), 4, coefs, orders, 1.0, tempCelsius));
+    EXPECT_EQ(dst, std::vector<double>(4, -1.0));
+}
+
+TEST(Temperature, MethodIsChosenPerPreset)
+{
+    double table[3] = {0.0, 1.0, 2.0}, temps[3] = {0.0, 50.0, 80.0};
+    double coefs[3] = {10.0, 20.0, 1.0};
+    STemperatureParams params[8];
+    params[0] = {table, temps, 3, coefs, 2}; // table wins over coefficients
+    params[1] = {nullptr, nullptr, 0, coefs, 2};
+    params[2] = {table, temps, 1, coefs, 0}; // neither: Planck
+    const SCommonParams common{1.0, 0.9, tempFahrenheit, 12.0, 8.0};
+    std::vector<float> src{1.5f, 1.5f, 1.5f, 3.0f};
+    std::vector<unsigned char> preset{0, 1, 2, 0};
+    std::vector<double> dst(4);
+    const bool active[8] = {true, true, true};
+    ASSERT_TRUE(RadianceToTemperature(Typed(src), Typed(dst), preset.data(), 4, active, params, common));
+    double byTable = 0.0;
+    ToTemperatureLookup(byTable, 1.5, table, temps, 3, true, 0.9, tempFahrenheit);
+    const double byCoefs = FromCelsius(_ToTemperatureCoeffs(1.5, coefs, 2, 0.9), tempFahrenheit);
+    const double byPlanck = ToTemperaturePlanck(1.5, 12.0, 8.0, 0.9, tempFahrenheit);
+    EXPECT_DOUBLE_EQ(dst[0], byTable);
+    EXPECT_DOUBLE_EQ(dst[1], byCoefs);
+    EXPECT_DOUBLE_EQ(dst[2], byPlanck);
+    EXPECT_DOUBLE_EQ(dst[3], FromCelsius(80.0, tempFahrenheit)); // clamped at the table's end
+
+    for (int p = 0; p < 3; ++p) {
+        std::vector<double> one(1);
+        ASSERT_TRUE(RadianceToTemperature(Typed(src), Typed(one), 1, params[p], common));
+        EXPECT_EQ(one[0], dst[p]) << p;
+    }
+}
+
+TEST(Temperature, CountsToTemperatureIsRadianceThenTemperature)
+{
+    double rc[2] = {0.5, 0.01};
+    double table[3] = {0.0, 1.0, 3.0}, temps[3] = {-10.0, 40.0, 90.0};
+    double coefs[3] = {-30.0, 60.0, -2.0};
+    const STemperatureParams methods[3] = {{table, temps, 3, nullptr, 0}, {nullptr, nullptr, 0, coefs, 2}, {}};
+    const SCommonParams common{1.1, 0.95, tempKelvin, 12.0, 8.0};
+    ForEachType([&]<class S>() {
+        ForEachFloat([&]<class D>() {
+            const unsigned n = 50;
+            std::vector<S> src(n);
+            for (unsigned i = 0; i < n; ++i) src[i] = S(i * 2);
+            const SRadianceParams radiance{rc, 1, 0.0, nullptr};
+            for (const STemperatureParams& method : methods) {
+                std::vector<D> direct(n), chained(n);
+                ASSERT_TRUE(CountsToTemperature(Typed(src), Typed(direct), n, radiance, method, common));
+                ASSERT_TRUE(CountsToRadiance(Typed(src), Typed(chained), n, radiance, common));
+                ASSERT_TRUE(RadianceToTemperature(Typed(chained), Typed(chained), n, method, common));
+                ASSERT_EQ(direct, chained) << TDataTypeOf<S>::value;
+            }
+        });
+    });
+
+    // Per preset, with per-pixel backgrounds, over a rectangle.
+    const unsigned short width = 5, height = 4;
+    std::vector<uint16_t> src(width * height);
+    std::vector<unsigned char> preset(width * height);
+    std::vector<double> image(width * height);
+    for (unsigned i = 0; i < src.size(); ++i) {
+        src[i] = uint16_t(100 + 9 * i);
+        preset[i] = uint8_t(i % 3);
+        image[i] = 0.25 * i;
+    }
+    SRadianceParams radiance[8];
+    STemperatureParams temperature[8];
+    for (int p = 0; p < 3; ++p) {
+        radiance[p] = SRadianceParams{rc, -2, 1.0, image.data()};
+        temperature[p] = methods[p];
+    }
+    const bool active[8] = {true, true, true};
+    const SArea area{1, 1, 3, 3};
+    std::vector<float> direct(9), chained(9);
+    ASSERT_TRUE(CountsToTemperature(Typed(src), Typed(direct), preset.data(), width, height, area, active, radiance,
+                                    temperature, common));
+    std::vector<float> radianceFrame(src.size());
+    ASSERT_TRUE(CountsToRadiance(Typed(src), Typed(radianceFrame), preset.data(), unsigned(src.size()), active,
+                                 radiance, common));
+    ASSERT_TRUE(RadianceToTemperature(Typed(radianceFrame), Typed(chained), preset.data(), width, height, area, active,
+                                      temperature, common));
+    EXPECT_EQ(direct, chained);
+    // The single-preset form applies one preset's records to every pixel.
+    std::vector<float> single(9), singleChained(9);
+    ASSERT_TRUE(
+        CountsToTemperature(Typed(src), Typed(single), width, height, area, radiance[1], temperature[1], common));
+    ASSERT_TRUE(CountsToRadiance(Typed(src), Typed(radianceFrame), unsigned(src.size()), radiance[1], common));
+    ASSERT_TRUE(
+        RadianceToTemperature(Typed(radianceFrame), Typed(singleChained), width, height, area, temperature[1], common));
+    EXPECT_EQ(single, singleChained);
+    EXPECT_EQ(single[1], direct[1]); // pixel 7 has preset 1
+}
+
+TEST(Temperature, RegionFormsGatherInRegionOrder)
+{
+    const SRegions r;
+    std::vector<double> src(r.width * r.height);
+    for (unsigned i = 0; i < src.size(); ++i) src[i] = 0.1 + 0.05 * i;
+    double coefs[3] = {5.0, 10.0, -1.0};
+    double table[2] = {0.0, 2.0}, temps[2] = {0.0, 100.0};
+    auto check = [&](const std::vector<unsigned>& flats, auto&& run) {
+        for (int method = 0; method < 3; ++method) {
+            std::vector<float> got(flats.size() + 1, -1.0f);
+            ASSERT_TRUE(run(got, method));
+            for (size_t i = 0; i < flats.size(); ++i) {
+                const double x = src[flats[i]];
+                const double expected = method == 0   ? Horner(coefs, 2, x)
+                                        : method == 1 ? TableRef(x, {0.0, 2.0}, {0.0, 100.0})
+                                                      : PlanckRef(x, 12.0, 8.0, 1.0) - 273.15;
+                EXPECT_TRUE(Close(got[i], float(expected), 1e-6, 1e-5)) << method << " " << i;
+            }
+            EXPECT_EQ(got.back(), -1.0f);
+        }
+    };
+    check(r.rectFlats, [&](std::vector<float>& out, int method) {
+        if (method == 0)
+            return ToTemperatureCoeffs(Typed(out), Typed(src), r.width, r.height, r.rect, coefs, 2, 1.0, tempCelsius);
+        if (method == 1)
+            return ToTemperatureLookup(Typed(out), Typed(src), r.width, r.height, r.rect, table, temps, 2, true, 1.0,
+                                       tempCelsius);
+        return ToTemperaturePlanck(Typed(out), Typed(src), r.width, r.height, r.rect, 12.0, 8.0, 1.0, tempCelsius);
+    });
+    check(r.lineFlats, [&](std::vector<float>& out, int method) {
+        if (method == 0)
+            return ToTemperatureCoeffs(Typed(out), Typed(src), r.width, r.height, r.lines, coefs, 2, 1.0, tempCelsius);
+        if (method == 1)
+            return ToTemperatureLookup(Typed(out), Typed(src), r.width, r.height, r.lines, table, temps, 2, true, 1.0,
+                                       tempCelsius);
+        return ToTemperaturePlanck(Typed(out), Typed(src), r.width, r.height, r.lines, 12.0, 8.0, 1.0, tempCelsius);
+    });
+    check(r.maskFlats, [&](std::vector<float>& out, int method) {
+        const SArea all{0, 0, 3, 5};
+        if (method == 0)
+            return ToTemperatureCoeffs(Typed(out), Typed(src), r.width, r.height, all, r.mask.data(), r.width, coefs, 2,
+                                       1.0, tempCelsius);
+        if (method == 1)
+            return ToTemperatureLookup(Typed(out), Typed(src), r.width, r.height, all, r.mask.data(), r.width, table,
+                                       temps, 2, true, 1.0, tempCelsius);
+        return ToTemperaturePlanck(Typed(out), Typed(src), r.width, r.height, all, r.mask.data(), r.width, 12.0, 8.0,
+                                   1.0, tempCelsius);
+    });
+    const std::vector<unsigned> idx{23, 0, 23};
+    check(idx, [&](std::vector<float>& out, int method) {
+        if (method == 0) return ToTemperatureCoeffs(Typed(out), Typed(src), idx.data(), 3, coefs, 2, 1.0, tempCelsius);
+        if (method == 1)
+            return ToTemperatureLookup(Typed(out), Typed(src), idx.data(), 3, table, temps, 2, true, 1.0, tempCelsius);
+        return ToTemperaturePlanck(Typed(out), Typed(src), idx.data(), 3, 12.0, 8.0, 1.0, tempCelsius);
+    });
+}
+
+TEST(Temperature, ConvertTemperatureOverEveryTypePair)
+{
+    ForEachType([]<class S>() {
+        ForEachType([]<class D>() {
+            S src[3] = {S(10), S(20), S(50)};
+            const unsigned indices[3] = {2, 0, 0};
+            D dst[3] = {};
+            ASSERT_TRUE((ConvertTemperature<S, D>(dst, src, indices, 3, tempCelsius, tempFahrenheit)));
+            EXPECT_EQ(dst[0], D(122));
+            EXPECT_EQ(dst[1], D(50));
+            EXPECT_EQ(dst[2], D(50));
+            D viaTable[3] = {};
+            const int at = TDataTypeOf<S>::value * 10 + TDataTypeOf<D>::value;
+            ASSERT_TRUE(vecConvertTemperature[at](src, viaTable, indices, 3, tempCelsius, tempFahrenheit));
+            EXPECT_EQ(std::memcmp(dst, viaTable, sizeof dst), 0);
+        });
+    });
+    // Equal scales copy, exact for 64-bit integers; a scale outside the four fails.
+    int64_t big[1] = {9007199254740993};
+    int64_t out[1] = {0};
+    const unsigned zero[1] = {0};
+    ASSERT_TRUE((ConvertTemperature<int64_t, int64_t>(out, big, zero, 1, tempKelvin, tempKelvin)));
+    EXPECT_EQ(out[0], big[0]);
+    EXPECT_FALSE((ConvertTemperature<int64_t, int64_t>(out, big, zero, 1, ETempType(4), tempKelvin)));
+    double k[1] = {300.0}, r[1];
+    ASSERT_TRUE((ConvertTemperature<double, double>(r, k, zero, 1, tempKelvin, tempRankine)));
+    EXPECT_DOUBLE_EQ(r[0], 540.0);
+}
+
+TEST(Temperature, BadElementTypesFailBeforeWriting)
+{
+    std::vector<int16_t> wrong{1, 2};
+    std::vector<float> src{1.0f, 2.0f};
+    std::vector<float> dst{-1.0f, -1.0f};
+    double c[2] = {0.0, 1.0};
+    EXPECT_FALSE(ToTemperatureCoeffs(Typed(dst), Typed(wrong), 2, c, 1, 1.0, tempCelsius));
+    EXPECT_FALSE(ToTemperaturePlanck(Typed(wrong), Typed(src), 2, 12.0, 8.0, 1.0, tempCelsius));
+    EXPECT_FALSE(RadianceToTemperature(Typed(wrong), Typed(dst), 2, STemperatureParams{}, SCommonParams{}));
+    EXPECT_FALSE(
+        CountsToTemperature(Typed(wrong), Typed(wrong), 2, SRadianceParams{}, STemperatureParams{}, SCommonParams{}));
+    EXPECT_EQ(dst, (std::vector<float>{-1.0f, -1.0f}));
+    EXPECT_EQ(wrong, (std::vector<int16_t>{1, 2}));
+}
