@@ -1,0 +1,149 @@
+// Counts to temperature over a 640 x 512 unsigned 16-bit frame into float, by
+// each temperature method, beside a plain copy of the destination bytes: the
+// copy is the speed limit of the memory system.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "reduce/convert/TemperatureKernels.h"
+
+namespace {
+
+using namespace orv;
+using namespace orv::reduce;
+
+constexpr unsigned kPixels = 640 * 512;
+
+struct SFrame {
+    std::vector<uint16_t> counts = std::vector<uint16_t>(kPixels);
+    std::vector<float> out = std::vector<float>(kPixels);
+    double radianceCoefs[3] = {-2.0, 1.5e-3, 2e-9};
+    double tempCoefs[4] = {-60.0, 25.0, -0.8, 0.02};
+    std::vector<double> table, temperatures;
+    SFrame()
+    {
+        for (unsigned i = 0; i < kPixels; ++i) counts[i] = uint16_t(8000 + (i * 2654435761u >> 20) % 40000);
+        for (int k = 0; k < 64; ++k) {
+            table.push_back(0.5 * k);
+            temperatures.push_back(-40.0 + 3.0 * k);
+        }
+    }
+    SRadianceParams Radiance() { return SRadianceParams{radianceCoefs, 2, 0.0, nullptr}; }
+    STypedData Src() { return STypedData(counts.data(), dtUInt16); }
+    STypedData Dst() { return STypedData(out.data(), dtFlt32); }
+};
+
+const SCommonParams kCommon{1.05, 0.95, tempCelsius, 12.0, 8.0};
+
+void Finish(benchmark::State& state)
+{
+    state.SetBytesProcessed(int64_t(state.iterations()) * kPixels * sizeof(float));
+    state.SetItemsProcessed(int64_t(state.iterations()) * kPixels);
+}
+
+void BM_CountsToTemperatureCoeffs(benchmark::State& state)
+{
+    SFrame f;
+    const STemperatureParams t{nullptr, nullptr, 0, f.tempCoefs, 3};
+    for (auto _ : state) {
+        CountsToTemperature(f.Src(), f.Dst(), kPixels, f.Radiance(), t, kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToTemperatureCoeffs);
+
+void BM_CountsToTemperatureLookup(benchmark::State& state)
+{
+    SFrame f;
+    const STemperatureParams t{f.table.data(), f.temperatures.data(), int(f.table.size()), nullptr, 0};
+    for (auto _ : state) {
+        CountsToTemperature(f.Src(), f.Dst(), kPixels, f.Radiance(), t, kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToTemperatureLookup);
+
+void BM_CountsToTemperaturePlanck(benchmark::State& state)
+{
+    SFrame f;
+    const STemperatureParams t{};
+    for (auto _ : state) {
+        CountsToTemperature(f.Src(), f.Dst(), kPixels, f.Radiance(), t, kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToTemperaturePlanck);
+
+// The user converter's whole-frame path: radiance into the destination, then
+// the temperature step in place.
+void BM_ToRadianceThenCoeffsInPlace(benchmark::State& state)
+{
+    SFrame f;
+    for (auto _ : state) {
+        ToRadiance(f.Dst(), f.Src(), kPixels, f.radianceCoefs, 2, 0.0, 1.05);
+        ToTemperatureCoeffs(f.Dst(), f.Dst(), kPixels, f.tempCoefs, 3, 0.95, tempCelsius);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_ToRadianceThenCoeffsInPlace);
+
+void BM_CountsToRadiance(benchmark::State& state)
+{
+    SFrame f;
+    for (auto _ : state) {
+        CountsToRadiance(f.Src(), f.Dst(), kPixels, f.Radiance(), kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToRadiance);
+
+// Per-pixel presets: the radiance and temperature of each pixel in one pass.
+void BM_CountsToTemperatureCoeffsPS(benchmark::State& state)
+{
+    SFrame f;
+    std::vector<unsigned char> preset(kPixels);
+    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
+    SRadianceParams r[8];
+    STemperatureParams t[8];
+    for (int p = 0; p < 8; ++p) {
+        r[p] = f.Radiance();
+        t[p] = STemperatureParams{nullptr, nullptr, 0, f.tempCoefs, 3};
+    }
+    const bool active[8] = {true, true};
+    for (auto _ : state) {
+        CountsToTemperature(f.Src(), f.Dst(), preset.data(), kPixels, active, r, t, kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToTemperatureCoeffsPS);
+
+void BM_MemcpyFloatFrame(benchmark::State& state)
+{
+    std::vector<float> src(kPixels, 1.0f);
+    std::vector<float> dst(kPixels);
+    for (auto _ : state) {
+        std::memcpy(dst.data(), src.data(), kPixels * sizeof(float));
+        benchmark::DoNotOptimize(dst.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_MemcpyFloatFrame);
+
+} // namespace
+
+BENCHMARK_MAIN();
