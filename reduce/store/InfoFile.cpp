@@ -3,21 +3,20 @@
 #include <cstring>
 #include <limits>
 
+#include "reduce/objects/CorrectionReduceObject.h"
+#include "reduce/objects/RCalReduceObject.h"
 #include "reduce/store/ReduceObjectFactory.h"
 
 namespace orv::reduce {
 
 namespace {
 
-// Types that flag 8 leaves out: "Correction" and "RCal".
-constexpr SGuid kCorrectionTypeID = MakeGuid("{4AD3EFCE-D157-4203-BFC2-3979EE047FE4}");
-constexpr SGuid kRCalTypeID = MakeGuid("{E5D7371A-BD64-448F-8240-6FDFA6FC0110}");
-
 constexpr uint64_t kAllOnes = ~uint64_t(0);
 
 bool SkippedByFlags(SGuid typeID, unsigned int flags)
 {
-    return (flags & infoFileSkipCorrection) && (typeID == kCorrectionTypeID || typeID == kRCalTypeID);
+    return (flags & infoFileSkipCorrection) &&
+           (typeID == CCorrectionReduceObject::typeID || typeID == CRCalReduceObject::typeID);
 }
 
 // The eight fields in table order, each through its typed operation.

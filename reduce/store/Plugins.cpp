@@ -8,21 +8,12 @@
 #include <cstdio>
 
 #include "orv/File.h"
+#include "orv/Path.h"
 #include "orv/String.h"
 
 namespace orv::reduce {
 
 namespace {
-
-// Directory part of a path, with its final separator; empty without one.
-CString DirectoryOf(const char* path)
-{
-    if (!path) return CString();
-    const char* slash = nullptr;
-    for (const char* p = path; *p; ++p)
-        if (*p == '/') slash = p;
-    return slash ? CString(path, static_cast<int>(slash - path + 1)) : CString();
-}
 
 bool LoadDLLsImpl()
 {
@@ -43,9 +34,12 @@ bool LoadDLLsImpl()
     if (directory.empty()) {
         Dl_info info{};
         if (dladdr(reinterpret_cast<void*>(&priv::LoadDLLs), &info) && info.dli_fname)
-            directory = DirectoryOf(info.dli_fname);
+            directory = path::GetDirectory(info.dli_fname);
     }
-    if (directory.empty()) directory = DirectoryOf(reinterpret_cast<const char*>(getauxval(AT_EXECFN)));
+    if (directory.empty()) {
+        const char* executable = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+        if (executable) directory = path::GetDirectory(executable);
+    }
     if (directory.empty()) directory = "./";
 
     const CString self = prefix + "orvreduce" + suffix;

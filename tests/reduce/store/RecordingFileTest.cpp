@@ -5,6 +5,7 @@
 
 #include "orv/PixelType.h"
 #include "reduce/objects/AbateCfgReduceObject.h"
+#include "reduce/objects/ColorPalReduceObject.h"
 #include "reduce/objects/CorrectionCfgReduceObject.h"
 #include "reduce/objects/CorrectionReduceObject.h"
 #include "reduce/objects/FOVReduceObject.h"
@@ -192,6 +193,32 @@ TEST_F(RecordingFileTest, StartAndFinishARecording)
     CReduceObjectArray none;
     SMemFile n;
     EXPECT_FALSE(StartQRTFile(n.file, none, true));
+}
+
+TEST_F(RecordingFileTest, BuiltInTypesThroughTheInfoFile)
+{
+    // A default FOV is not valid: flags 2, and valid false after a reload.
+    CReduceObjectArray objects;
+    ASSERT_TRUE(objects.GetFOV(true));
+    SMemFile m;
+    ASSERT_TRUE(SaveInfoFile(m.file, objects, 0));
+    EXPECT_EQ(ReadAt<uint32_t>(m.bytes(), 77 + blockHeader::flags.offset), 2u);
+    CReduceObjectArray loaded;
+    m.mem->SeekToBegin();
+    ASSERT_TRUE(LoadInfoFile(m.file, loaded, 0));
+    ASSERT_TRUE(loaded.GetFOV(false));
+    EXPECT_FALSE(loaded.GetFOV(false)->valid);
+
+    // A colour palette has no Save; left persisted it fails the save.
+    if (!reduceObjectFactory().IsRegistered("ColorPal")) GTEST_SKIP() << "ColorPal not registered";
+    TSharedPtr<IReduceObject> pal = reduceObjectFactory().CreateByName("ColorPal");
+    ASSERT_TRUE(pal.DynamicCast<CColorPalReduceObject>());
+    objects.add(pal);
+    SMemFile f;
+    EXPECT_FALSE(SaveInfoFile(f.file, objects, 0));
+    pal->persist = false;
+    SMemFile g;
+    EXPECT_TRUE(SaveInfoFile(g.file, objects, 0));
 }
 
 } // namespace
