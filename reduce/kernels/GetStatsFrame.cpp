@@ -2,6 +2,7 @@
 // dense gathered arrays.
 #include <array>
 #include <cmath>
+#include <type_traits>
 
 #include "reduce/kernels/StatsKernels.h"
 
@@ -17,6 +18,20 @@ inline int Limit(double v, int n)
     return i;
 }
 
+// Sum in the element type's promoted arithmetic; signed sums wrap as the
+// hardware does.
+template <class T>
+inline auto PromotedSum(T a, T b)
+{
+    if constexpr (std::is_integral_v<T>) {
+        using P = decltype(a + b);
+        using U = std::make_unsigned_t<P>;
+        return P(U(P(a)) + U(P(b)));
+    } else {
+        return a + b;
+    }
+}
+
 // The value at the box centre: one pixel, or the mean of two or four reads
 // around it, added in the element type's own arithmetic.
 template <class T>
@@ -29,11 +44,15 @@ void CenterValue(CStats& s, const T* data, const unsigned char* status, int widt
         s.centerValue = double(data[at(fx0, fy0)]);
         if (status) s.centerStatus = status[at(fx0, fy0)];
     } else if (fx0 == fx1) {
-        s.centerValue = (data[at(fx0, fy1)] + data[at(fx0, fy0)]) * 0.5;
+        s.centerValue = PromotedSum(data[at(fx0, fy1)], data[at(fx0, fy0)]) * 0.5;
         if (status) s.centerStatus = status[at(fx0, fy1)] | status[at(fx0, fy0)];
     } else {
         // Four reads even when fy0 equals fy1.
-        s.centerValue = (data[at(fx0, fy0)] + data[at(fx0, fy1)] + data[at(fx1, fy0)] + data[at(fx1, fy1)]) * 0.25;
+        auto sum = PromotedSum(data[at(fx0, fy0)], data[at(fx0, fy1)]);
+        using P = decltype(sum);
+        sum = PromotedSum(sum, P(data[at(fx1, fy0)]));
+        sum = PromotedSum(sum, P(data[at(fx1, fy1)]));
+        s.centerValue = sum * 0.25;
         if (status)
             s.centerStatus = status[at(fx0, fy0)] | status[at(fx0, fy1)] | status[at(fx1, fy0)] | status[at(fx1, fy1)];
     }
