@@ -217,3 +217,29 @@ TEST(RecordingReader, OpensByPath)
     EXPECT_FALSE(reader.Open(CString(path.c_str())));
     EXPECT_TRUE(Says(reader, "cannot open"));
 }
+
+TEST(RecordingReader, DamagedBytesNeverBreakTheReader)
+{
+    // Every byte of the front of a recording, in turn, set to 0xFF and to
+    // 0x7F: opening and decoding either works or fails with a reason.
+    SRecording rec = MakeRecording(2, 2);
+    const std::vector<unsigned char> good(rec.mem->data(), rec.mem->data() + rec.mem->size());
+    std::vector<uint16_t> pixels(kWidth * kHeight);
+    const size_t front = good.size() - 2 * kFrameBytes;
+    for (size_t at = 0; at < front; ++at)
+        for (unsigned char value : {0xFF, 0x7F}) {
+            std::memcpy(rec.mem->data(), good.data(), good.size());
+            rec.mem->data()[at] = value;
+            CRecordingReader reader;
+            if (!reader.Open(rec.file)) {
+                ASSERT_FALSE(reader.lastError().empty()) << at;
+                continue;
+            }
+            for (uint64_t i = 0; i <= reader.numFrames(); ++i) {
+                uint8_t preset = 0;
+                const bool ok = reader.DecodeFrame(i, STypedData(pixels.data(), dtUInt16),
+                                                   pixels.size() * sizeof(uint16_t), preset);
+                ASSERT_TRUE(ok || !reader.lastError().empty()) << at;
+            }
+        }
+}
