@@ -1,4 +1,5 @@
 // verify: walks the block chain and recomputes every block's CRC.
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -31,11 +32,12 @@ int RunVerify(const std::string& path, bool quiet)
             continue;
         }
         if (b.dataOffset > length || b.size > length - b.dataOffset) {
-            Fail("%s: block %zu \"%s\" at offset %llu: its %llu bytes run past the end of the file (%llu bytes)",
-                 path.c_str(), i, b.name, static_cast<unsigned long long>(b.headerOffset),
-                 static_cast<unsigned long long>(b.size), static_cast<unsigned long long>(length));
-            ++bad;
-            continue;
+            // Nothing after it can be checked: one message says it all.
+            return Fail("%s: cut short: block %zu \"%s\" at offset %llu holds %llu bytes, the file ends %llu bytes "
+                        "into it",
+                        path.c_str(), i, b.name, static_cast<unsigned long long>(b.headerOffset),
+                        static_cast<unsigned long long>(b.size),
+                        static_cast<unsigned long long>(length - std::min(length, b.dataOffset)));
         }
         payload.resize(b.size);
         file->Seek(static_cast<long long>(b.dataOffset), IFile::seekBegin);
