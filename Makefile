@@ -30,9 +30,10 @@ test-asan: deps
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2; done
 
-demo: build
-	@if [ -x $(BUILD)/tools/orvreduce/orvreduce ]; then $(BUILD)/tools/orvreduce/orvreduce demo; \
-	 else echo "demo: the orvreduce program is not built yet"; fi
+# Builds only the program and what it links, then runs its tour.
+demo: configure
+	cmake --build $(BUILD) -j $(JOBS) --target orvreduce_cli
+	$(BUILD)/tools/orvreduce/orvreduce demo
 
 clean:
 	rm -rf $(BUILD) $(BUILD_ASAN)
