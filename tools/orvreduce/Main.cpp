@@ -16,7 +16,8 @@ int main(int argc, char** argv)
     using namespace orv::reduce::cli;
     CLI::App app{"orvreduce: inspect, verify and reduce thermal infrared recordings.\n"
                  "Start with 'orvreduce demo', or 'orvreduce synth scene.qrt' and then\n"
-                 "'orvreduce info scene.qrt'. Every command has its own --help."};
+                 "'orvreduce info scene.qrt'. Every command has its own --help.",
+                 "orvreduce"};
     app.require_subcommand(1);
     AddInfo(app);
     AddVerify(app);
