@@ -287,6 +287,16 @@ TEST_F(ProgramTest, BadInputGivesOneLineAndNoOutput)
         }
     }
 
+    // Cut inside the first frame: nothing to reduce, and one line saying so.
+    std::ofstream(Path("noframe.qrt"), std::ios::binary) << bytes.substr(0, bytes.size() - N * W * H * 2 + 141);
+    for (std::string cmd : {"verify", "frames", "stats", "convert"}) {
+        std::string args = cmd + " " + Path("noframe.qrt") + (cmd == "convert" ? " -o " + Path("out-x.npy") : "");
+        SRun r = Run(args);
+        EXPECT_NE(r.exitCode, 0) << args;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << args << ": " << r.err;
+        EXPECT_TRUE(Leftovers("out-").empty()) << args;
+    }
+
     SRun r = Run("verify " + Path("cutframe.qrt"));
     EXPECT_NE(r.exitCode, 0);
     EXPECT_NE(r.err.find("cut short"), std::string::npos) << r.err;

@@ -66,8 +66,13 @@ bool OpenRecording(CRecordingReader& reader, const std::string& path)
         Fail("%s: the recording has no source info block", path.c_str());
         return false;
     }
-    if (!reader.warning().empty()) std::fprintf(stderr, "orvreduce: %s: warning: %s\n", path.c_str(), reader.warning().c_str());
     return true;
+}
+
+void PrintWarning(CRecordingReader& reader, const std::string& path)
+{
+    if (!reader.warning().empty())
+        std::fprintf(stderr, "orvreduce: %s: warning: %s\n", path.c_str(), reader.warning().c_str());
 }
 
 bool ParseUnitName(const std::string& text, EUnit& unit)

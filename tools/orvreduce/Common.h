@@ -26,6 +26,9 @@ int Fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // Opens a recording; on failure prints why, naming the file, and returns false.
 bool OpenRecording(CRecordingReader& reader, const std::string& path);
+// The reader's warning (a frame cut short ...), for commands that go on
+// reading; one line on standard error, nothing when there is none.
+void PrintWarning(CRecordingReader& reader, const std::string& path);
 
 // Unit names: the system's own texts ("Temperature (User)") or the short
 // forms counts, radiance, temperature.

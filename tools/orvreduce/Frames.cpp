@@ -32,6 +32,7 @@ static int RunFrames(const std::string& path, uint64_t first, uint64_t count, bo
     if (first >= total)
         return Fail("%s: --first %llu, but the recording has %llu frames", path.c_str(),
                     static_cast<unsigned long long>(first), static_cast<unsigned long long>(total));
+    PrintWarning(reader, path);
     uint64_t end = count == 0 || count > total - first ? total : first + count;
     // Bare frames carry no counter: start the generic filter's at the first
     // frame asked for, so numbers match positions in the file.

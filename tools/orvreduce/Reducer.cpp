@@ -22,6 +22,7 @@ bool CFrameReducer::Open(const std::string& path, EUnit unit, ETempType scale, d
         Fail("%s: the recording holds no whole frame", path.c_str());
         return false;
     }
+    PrintWarning(m_reader, path);
     m_unit = unit;
     m_scale = scale;
     m_rawType = PixelDataType(m_reader.pixelType());
