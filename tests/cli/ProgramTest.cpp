@@ -151,6 +151,38 @@ TEST_F(ProgramTest, ConvertGivesBackTheSceneTemperatures)
     EXPECT_GT(counts[H / 2][cx], counts[0][0]);
 }
 
+TEST_F(ProgramTest, RadianceFollowsTheCalibrationPolynomial)
+{
+    // The calibration synth writes: radiance = -2 + 0.005 c + 2e-8 c^2 of
+    // the counts c, with no path loss.
+    SRun r = Run("convert " + Path("scene.qrt") + " --frames 2 --unit counts -o " + Path("rc.csv"));
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Run("convert " + Path("scene.qrt") + " --frames 2 --unit \"Radiance (User)\" -o " + Path("rr.csv"));
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    auto counts = ReadCsvFrame(Path("rc.csv"), 2), radiance = ReadCsvFrame(Path("rr.csv"), 2);
+    ASSERT_EQ(counts.size(), H);
+    ASSERT_EQ(radiance.size(), H);
+    for (unsigned y : {0u, H / 2, H - 1})
+        for (unsigned x : {0u, static_cast<unsigned>(DiscX(2)), W - 1}) {
+            double c = counts[y][x];
+            EXPECT_NEAR(radiance[y][x], -2 + 0.005 * c + 2e-8 * c * c, 1e-4 * std::fabs(radiance[y][x]))
+                << x << "," << y;
+        }
+
+    // The preview is a PNG wider than the frame (the colour bar) and as high.
+    r = Run("convert " + Path("scene.qrt") + " --frames 2 -o " + Path("p.png"));
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    std::string png = Slurp(Path("p.png"));
+    ASSERT_GT(png.size(), 24u);
+    EXPECT_EQ(png.substr(1, 3), "PNG");
+    auto be32 = [&](size_t at) {
+        return uint32_t(uint8_t(png[at])) << 24 | uint32_t(uint8_t(png[at + 1])) << 16 |
+               uint32_t(uint8_t(png[at + 2])) << 8 | uint8_t(png[at + 3]);
+    };
+    EXPECT_GT(be32(16), W);
+    EXPECT_EQ(be32(20), H);
+}
+
 TEST_F(ProgramTest, TiffAndNpyHoldEveryFrameAsFloat)
 {
     SRun r = Run("convert " + Path("scene.qrt") + " --frames 1:4 -o " + Path("t.tiff"));
