@@ -25,6 +25,92 @@ unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, SArea are
     return priv::RegionPixels(area, mask, maskWidth);
 }
 
+namespace {
+// Appends each visited flat index: the walkers of the kernels give the order.
+struct SIndexBody {
+    static constexpr bool kNeedsXY = false;
+    TArray<unsigned int>& out;
+    void operator()(unsigned flat, unsigned, unsigned, unsigned) { out.add(flat); }
+};
+} // namespace
+
+void IConverter::BuildIndices(TArray<unsigned int>& out, unsigned short width, SArea area)
+{
+    out.clear();
+    out.reserve(priv::RegionPixels(area));
+    SIndexBody body{out};
+    priv::SWalkRect{width, area}(body);
+}
+
+void IConverter::BuildIndices(TArray<unsigned int>& out, unsigned short width, const TArray<SScanLine>& lines)
+{
+    out.clear();
+    out.reserve(priv::RegionPixels(lines));
+    SIndexBody body{out};
+    priv::SWalkScanLines{width, &lines}(body);
+}
+
+void IConverter::BuildIndices(TArray<unsigned int>& out, unsigned short width, SArea area,
+                              const unsigned char* mask, unsigned int maskWidth)
+{
+    out.clear();
+    SIndexBody body{out};
+    priv::SWalkMask{width, area, mask, maskWidth}(body);
+}
+
+// The region forms of the base class: an empty region still makes the call,
+// with n 0.
+bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short, SArea area, STypedData dst,
+                              unsigned char* status)
+{
+    TArray<unsigned int> indices;
+    BuildIndices(indices, width, area);
+    return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                              unsigned short, SArea area, STypedData dst, unsigned char* status)
+{
+    TArray<unsigned int> indices;
+    BuildIndices(indices, width, area);
+    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short,
+                              const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
+{
+    TArray<unsigned int> indices;
+    BuildIndices(indices, width, lines);
+    return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                              unsigned short, const TArray<SScanLine>& lines, STypedData dst,
+                              unsigned char* status)
+{
+    TArray<unsigned int> indices;
+    BuildIndices(indices, width, lines);
+    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short, SArea area,
+                              const unsigned char* mask, unsigned int maskWidth, STypedData dst,
+                              unsigned char* status)
+{
+    TArray<unsigned int> indices;
+    BuildIndices(indices, width, area, mask, maskWidth);
+    return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                              unsigned short, SArea area, const unsigned char* mask, unsigned int maskWidth,
+                              STypedData dst, unsigned char* status)
+{
+    TArray<unsigned int> indices;
+    BuildIndices(indices, width, area, mask, maskWidth);
+    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
+}
+
 namespace priv {
 namespace {
 struct SCountBody {

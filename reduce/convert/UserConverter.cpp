@@ -1,0 +1,430 @@
+#include "reduce/convert/UserConverter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "reduce/convert/RadianceKernels.h"
+#include "reduce/kernels/LUT.h"
+#include "reduce/objects/ObjectParametersReduceObject.h"
+#include "reduce/objects/RCalReduceObject.h"
+#include "reduce/objects/SourceInfoReduceObject.h"
+#include "reduce/store/ReduceObjectArray.h"
+
+namespace orv::reduce {
+
+namespace {
+
+bool BadTypes(STypedData src, STypedData dst)
+{
+    return unsigned(src.type) > dtFlt64 || unsigned(dst.type) > dtFlt64;
+}
+
+void ClearStatus(unsigned char* status, unsigned int n)
+{
+    if (status) std::memset(status, 0, n);
+}
+
+constexpr unsigned short kLUTLow = 0;
+constexpr unsigned short kLUTHigh = 65535;
+
+TSharedPtr<CRCalReduceObject> FindCalibration(CReduceObjectArray& objs)
+{
+    return objs.GetObjectOfType(CRCalReduceObject::classTypeID(), -1, false).DynamicCast<CRCalReduceObject>();
+}
+
+} // namespace
+
+// The direct path of the per-pixel preset and region forms, by units:
+// radiance in gives temperature, counts give temperature or radiance.
+#define ORV_USER_DIRECT(RADIANCE, TEMPERATURE, ...)                                                       \
+    (baseUnit == unitRadianceUser                                                                         \
+         ? RadianceToTemperature(src, dst, __VA_ARGS__, TEMPERATURE, commonParams)                        \
+         : outputUnit == unitTemperatureUser                                                              \
+               ? CountsToTemperature(src, dst, __VA_ARGS__, RADIANCE, TEMPERATURE, commonParams)          \
+               : CountsToRadiance(src, dst, __VA_ARGS__, RADIANCE, commonParams))
+
+bool CUserConverter::Register()
+{
+    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<CUserConverter>::Create,
+                                        &TConverterCreator<CUserConverter>::Destroy);
+}
+
+bool CUserConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
+{
+    if (base != unitCounts && base != unitRadianceUser) return false;
+    if (!objs.HasObjectOfType(CRCalReduceObject::typeID, true)) return false;
+    TSharedPtr<CRCalReduceObject> cal = FindCalibration(objs);
+    if (!cal || !cal->rcal.HasCoefficients()) return false;
+    if (base == unitCounts) units.add(unitCounts);
+    units.add(unitRadianceUser);
+    units.add(unitTemperatureUser);
+    return true;
+}
+
+CUserConverter::CUserConverter() = default;
+
+CUserConverter::~CUserConverter()
+{
+    for (int i = 0; i < 8; ++i) {
+        delete[] lut[i];
+        delete[] lutStatus[i];
+    }
+}
+
+bool CUserConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,
+                            bool* presets, unsigned char numPresets, unsigned int reserved)
+{
+    if (!IConverter::Update(base, baseTemp, objs, out, outTemp, presets, numPresets, reserved)) return false;
+    rcal = FindCalibration(objs);
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    if (!rcal) return false;
+    const unsigned int width = info ? info->imageWidth : 0;
+    const unsigned int height = info ? info->imageHeight : 0;
+    const CRCalFile& cal = rcal->rcal;
+
+    usesBackgroundImage = false;
+    allHaveLookup = true;
+    allHaveCoefficients = true;
+    for (int i = 0; i < 8; ++i) {
+        if (!presetActive[i]) continue;
+        // The calibration's answers are taken as they come: a missing part
+        // reads as empty or zero.
+        cal.GetPolyOrder(i, polyOrder[i]);
+        cal.GetCoefficients(i, coefficients[i]);
+        cal.GetTempPolyOrder(i, tempOrder[i]);
+        cal.GetTempCoefficients(i, tempCoefficients[i]);
+        cal.GetLookup(i, lookupRadiance[i], lookupTemperature[i]);
+        CRCalFile::BACKGROUND_TYPE type = CRCalFile::BACKGROUND_NONE;
+        cal.GetBackgroundType(i, type);
+        if (type == CRCalFile::BACKGROUND_VALUE) {
+            cal.GetBackgroundValue(i, background[i]);
+        } else if (type == CRCalFile::BACKGROUND_FILE) {
+            unsigned int crc = 0;
+            bool loaded = false;
+            if (cal.GetBackgroundFileCRC(i, width, height, crc)) {
+                if (hasBackgroundFile[i] && backgroundCRC[i] == crc) {
+                    loaded = true; // the image in hand is this one
+                } else if (cal.GetBackgroundFile(i, width, height, backgroundImage[i])) {
+                    hasBackgroundFile[i] = true;
+                    backgroundCRC[i] = crc;
+                    backgroundZero[i] = false;
+                    loaded = true;
+                }
+            }
+            // A background that cannot be had counts as zero, without a
+            // word: conversion goes on.
+            if (!loaded && !backgroundZero[i]) {
+                backgroundImage[i].clear();
+                backgroundImage[i].resize(size_t(width) * height);
+                hasBackgroundFile[i] = false;
+                backgroundCRC[i] = 0;
+                backgroundZero[i] = true;
+            }
+            usesBackgroundImage = true;
+        } else {
+            background[i] = 0;
+        }
+        cal.GetBandpass(bandpassStart, bandpassEnd);
+        if (lookupRadiance[i].empty()) allHaveLookup = false;
+        if (tempOrder[i] == 0) allHaveCoefficients = false;
+
+        SRadianceParams& r = radianceParams[i];
+        r.coefficients = coefficients[i].data();
+        r.order = polyOrder[i];
+        r.background = background[i];
+        r.backgroundImage = type == CRCalFile::BACKGROUND_FILE ? backgroundImage[i].data() : nullptr;
+        STemperatureParams& t = temperatureParams[i];
+        t.lookupRadiance = lookupRadiance[i].data();
+        t.lookupTemperature = lookupTemperature[i].data();
+        t.lookupSize = int(std::min(lookupRadiance[i].size(), lookupTemperature[i].size()));
+        t.tempCoefficients = tempCoefficients[i].data();
+        t.tempOrder = tempOrder[i];
+    }
+
+    invTransmission = 1.0;
+    emissivity = 1.0;
+    if (TSharedPtr<CObjectParametersReduceObject> params = objs.GetObjectParameters(false)) {
+        const float t = params->estAtmosphericTransmission;
+        if (t != 0.0f) {
+            invTransmission = 1.0 / t;
+            params->atmosphericTransmission = t;
+        } else {
+            params->atmosphericTransmission = 1.0f;
+        }
+        emissivity = params->emissivity;
+    }
+    commonParams.scale = invTransmission;
+    commonParams.emissivity = emissivity;
+    commonParams.tempType = outputTempType;
+    commonParams.bandpassEnd = bandpassEnd;
+    commonParams.bandpassStart = bandpassStart;
+    // The tables are deliberately kept: only ChangeObjectParameters and
+    // construction invalidate them.
+    return true;
+}
+
+bool CUserConverter::ChangeObjectParameters(CObjectParametersReduceObject* p)
+{
+    if (!p) return false;
+    const float t = p->estAtmosphericTransmission;
+    if (t == 0.0f) {
+        invTransmission = 1.0;
+        p->atmosphericTransmission = 1.0f;
+    } else {
+        invTransmission = 1.0 / t;
+        p->atmosphericTransmission = t;
+    }
+    // Distance and the path temperatures play no part in a user calibration.
+    emissivity = p->emissivity;
+    commonParams.scale = invTransmission;
+    commonParams.emissivity = emissivity;
+    for (bool& valid : lutValid) valid = false;
+    return true;
+}
+
+bool CUserConverter::OutputToSignal(float, unsigned short&, unsigned char&, unsigned char preset)
+{
+    const unsigned p = preset == 255 ? firstActivePreset : preset;
+    return p < 8 && presetActive[p];
+}
+
+bool CUserConverter::TemperatureStep(STypedData dst, STypedData src, unsigned int n, unsigned char p)
+{
+    if (allHaveLookup)
+        return ToTemperatureLookup(dst, src, n, lookupRadiance[p].data(), lookupTemperature[p].data(),
+                                   temperatureParams[p].lookupSize, true, emissivity, outputTempType);
+    if (allHaveCoefficients)
+        return ToTemperatureCoeffs(dst, src, n, tempCoefficients[p].data(), tempOrder[p], emissivity,
+                                   outputTempType);
+    return ToTemperaturePlanck(dst, src, n, bandpassEnd, bandpassStart, emissivity, outputTempType);
+}
+
+bool CUserConverter::TemperatureStep(STypedData dst, STypedData src, const unsigned int* indices, unsigned int n,
+                                     unsigned char p)
+{
+    if (allHaveLookup)
+        return ToTemperatureLookup(dst, src, indices, n, lookupRadiance[p].data(), lookupTemperature[p].data(),
+                                   temperatureParams[p].lookupSize, true, emissivity, outputTempType);
+    if (allHaveCoefficients)
+        return ToTemperatureCoeffs(dst, src, indices, n, tempCoefficients[p].data(), tempOrder[p], emissivity,
+                                   outputTempType);
+    return ToTemperaturePlanck(dst, src, indices, n, bandpassEnd, bandpassStart, emissivity, outputTempType);
+}
+
+bool CUserConverter::Radiance(STypedData dst, STypedData src, unsigned int n, unsigned char p)
+{
+    if (usesBackgroundImage && !backgroundImage[p].empty())
+        return ToRadiance(dst, src, n, coefficients[p].data(), polyOrder[p], backgroundImage[p].data(),
+                          invTransmission);
+    return ToRadiance(dst, src, n, coefficients[p].data(), polyOrder[p], background[p], invTransmission);
+}
+
+bool CUserConverter::Radiance(STypedData dst, STypedData src, const unsigned int* indices, unsigned int n,
+                              unsigned char p)
+{
+    if (usesBackgroundImage && !backgroundImage[p].empty())
+        return ToRadiance(dst, src, indices, n, coefficients[p].data(), polyOrder[p], backgroundImage[p].data(),
+                          invTransmission);
+    return ToRadiance(dst, src, indices, n, coefficients[p].data(), polyOrder[p], background[p], invTransmission);
+}
+
+bool CUserConverter::UpdateLUT(unsigned char preset)
+{
+    if (preset > 7) return false;
+    if (lutValid[preset]) return true;
+    if (!lut[preset]) lut[preset] = new float[kLUTSize];
+    if (!lutStatus[preset]) lutStatus[preset] = new unsigned char[kLUTSize];
+    CountsToRadiance(0, 65535, lut[preset], lutStatus[preset], false, 0, 0, 0, 0, coefficients[preset].data(),
+                     polyOrder[preset], background[preset], invTransmission);
+    if (outputUnit == unitTemperatureUser) {
+        STypedData table(lut[preset], dtFlt32);
+        TemperatureStep(table, table, kLUTSize, preset);
+    }
+    lutValid[preset] = true;
+    return true;
+}
+
+bool CUserConverter::UpdateAllLUTs(float** luts, unsigned char** statuses)
+{
+    for (unsigned char i = 0; i < 8; ++i)
+        if (presetActive[i] && !UpdateLUT(i)) return false;
+    const unsigned char first = firstActivePreset;
+    if (!UpdateLUT(first)) return false;
+    for (int i = 0; i < 8; ++i) {
+        const int k = presetActive[i] ? i : first;
+        luts[i] = lut[k];
+        statuses[i] = lutStatus[k];
+    }
+    return true;
+}
+
+bool CUserConverter::SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
+                                    unsigned char preset)
+{
+    const unsigned p = preset == 255 ? firstActivePreset : preset;
+    if (p > 7 || !presetActive[p]) return false;
+    // A range of counts has no pixel position for a per-pixel background.
+    if (polyOrder[p] < 0 && usesBackgroundImage) return false;
+    CountsToRadiance(first, last, out, status, false, 0, 0, 0, 0, coefficients[p].data(), polyOrder[p],
+                     background[p], invTransmission);
+    if (outputUnit == unitTemperatureUser && last >= first) {
+        STypedData values(out, dtFlt32);
+        TemperatureStep(values, values, unsigned(last) - first + 1u, static_cast<unsigned char>(p));
+    }
+    return true;
+}
+
+// ---- whole frames and index lists -----------------------------------------
+
+bool CUserConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n)
+{
+    if (BadTypes(src, dst)) return false;
+    const unsigned char p = firstActivePreset;
+    if (UseLUT()) {
+        if (!UpdateLUT(p)) return false;
+        return ApplyLUT(src, dst, status, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, n);
+    if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, n, p);
+    if (!Radiance(dst, src, n, p)) return false;
+    if (outputUnit == unitTemperatureUser) return TemperatureStep(dst, dst, n, p);
+    return true;
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst,
+                                  unsigned char* status, unsigned int n)
+{
+    if (BadTypes(src, dst)) return false;
+    if (UseLUT()) {
+        float* luts[8];
+        unsigned char* statuses[8];
+        if (!UpdateAllLUTs(luts, statuses)) return false;
+        return ApplyLUT(src, presetIndex, dst, status, n, luts, statuses, kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, n);
+    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, n, presetActive);
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
+                                  unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    const unsigned char p = firstActivePreset;
+    if (UseLUT()) {
+        if (!UpdateLUT(p)) return false;
+        return ApplyLUT(src, dst, status, indices, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, n);
+    if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, indices, n, p);
+    if (!Radiance(dst, src, indices, n, p)) return false;
+    // The radiance lies dense in dst now.
+    if (outputUnit == unitTemperatureUser) return TemperatureStep(dst, dst, n, p);
+    return true;
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices,
+                                  unsigned int n, STypedData dst, unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    if (UseLUT()) {
+        float* luts[8];
+        unsigned char* statuses[8];
+        if (!UpdateAllLUTs(luts, statuses)) return false;
+        return ApplyLUT(src, presetIndex, dst, status, indices, n, luts, statuses, kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, n);
+    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, indices, n, presetActive);
+}
+
+// ---- regions ----------------------------------------------------------------
+
+bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
+                                  STypedData dst, unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    const unsigned char p = firstActivePreset;
+    if (UseLUT()) {
+        if (!UpdateLUT(p)) return false;
+        return ApplyLUT(src, dst, status, width, height, area, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, CalcNumPixels(width, height, area));
+    return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, area);
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                                  unsigned short height, SArea area, STypedData dst, unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    if (UseLUT()) {
+        float* luts[8];
+        unsigned char* statuses[8];
+        if (!UpdateAllLUTs(luts, statuses)) return false;
+        return ApplyLUT(src, presetIndex, dst, status, width, height, area, luts, statuses, kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, CalcNumPixels(width, height, area));
+    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, area, presetActive);
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height,
+                                  const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    const unsigned char p = firstActivePreset;
+    if (UseLUT()) {
+        if (!UpdateLUT(p)) return false;
+        return ApplyLUT(src, dst, status, width, height, lines, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, CalcNumPixels(width, height, lines));
+    return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, lines);
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                                  unsigned short height, const TArray<SScanLine>& lines, STypedData dst,
+                                  unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    if (UseLUT()) {
+        float* luts[8];
+        unsigned char* statuses[8];
+        if (!UpdateAllLUTs(luts, statuses)) return false;
+        return ApplyLUT(src, presetIndex, dst, status, width, height, lines, luts, statuses, kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, CalcNumPixels(width, height, lines));
+    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, lines, presetActive);
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
+                                  const unsigned char* mask, unsigned int maskWidth, STypedData dst,
+                                  unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    const unsigned char p = firstActivePreset;
+    if (UseLUT()) {
+        if (!UpdateLUT(p)) return false;
+        return ApplyLUT(src, dst, status, width, height, area, mask, maskWidth, lut[p], lutStatus[p], kLUTLow,
+                        kLUTHigh);
+    }
+    ClearStatus(status, CalcNumPixels(width, height, area, mask, maskWidth));
+    return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, area, mask, maskWidth);
+}
+
+bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                                  unsigned short height, SArea area, const unsigned char* mask,
+                                  unsigned int maskWidth, STypedData dst, unsigned char* status)
+{
+    if (BadTypes(src, dst)) return false;
+    if (UseLUT()) {
+        float* luts[8];
+        unsigned char* statuses[8];
+        if (!UpdateAllLUTs(luts, statuses)) return false;
+        return ApplyLUT(src, presetIndex, dst, status, width, height, area, mask, maskWidth, luts, statuses,
+                        kLUTLow, kLUTHigh);
+    }
+    ClearStatus(status, CalcNumPixels(width, height, area, mask, maskWidth));
+    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, area, mask, maskWidth,
+                           presetActive);
+}
+
+#undef ORV_USER_DIRECT
+
+} // namespace orv::reduce
