@@ -12,7 +12,7 @@ struct TStatsLUTBody {
     Tables tables;
     unsigned short low, high;
     CStatsCalculator* calc;
-    void operator()(unsigned flat, unsigned, unsigned x, unsigned y) const
+    void operator()(size_t flat, size_t, unsigned x, unsigned y) const
     {
         const unsigned idx = LUTIndex(src[flat], low, high);
         calc->AddData(double(tables.Values(flat)[idx]), tables.Status(flat)[idx], int(x), int(y));

@@ -14,7 +14,7 @@ struct TConvertBody {
     const S* src;
     D* dst;
     unsigned char* status;
-    void operator()(unsigned flat, unsigned i, unsigned, unsigned) const
+    void operator()(size_t flat, size_t i, unsigned, unsigned) const
     {
         dst[i] = ConvertValue<D>(src[flat]);
         if constexpr (kStatus) status[i] = 0;
@@ -29,7 +29,7 @@ struct TGatherBody {
     const unsigned char* srcStatus;
     D* dst;
     unsigned char* status;
-    void operator()(unsigned flat, unsigned i, unsigned x, unsigned) const
+    void operator()(size_t flat, size_t i, unsigned x, unsigned) const
     {
         const unsigned at = kRowStart ? flat - x : flat;
         dst[i] = ConvertValue<D>(src[at]);

@@ -62,7 +62,7 @@ struct TApplyLUTBody {
     unsigned char* status;
     Tables tables;
     unsigned short low, high;
-    void operator()(unsigned flat, unsigned i, unsigned, unsigned) const
+    void operator()(size_t flat, size_t i, unsigned, unsigned) const
     {
         const unsigned idx = LUTIndex(src[flat], low, high);
         dst[i] = ConvertValue<D>(tables.Values(flat)[idx]);
@@ -70,12 +70,32 @@ struct TApplyLUTBody {
     }
 };
 
+// The dense single-table form, with the pointers in restrict locals: a
+// status store through a byte pointer would otherwise make the compiler
+// reload every pointer and bound at each pixel.
+template <class S, class D, bool kStatus>
+void ApplyLUTDense(const S* __restrict src, D* __restrict dst, unsigned char* __restrict status, unsigned int count,
+                   const float* __restrict lut, const unsigned char* __restrict lutStatus, unsigned short low,
+                   unsigned short high)
+{
+    for (unsigned int i = 0; i < count; ++i) {
+        const unsigned idx = LUTIndex(src[i], low, high);
+        dst[i] = ConvertValue<D>(lut[idx]);
+        if constexpr (kStatus) status[i] = lutStatus[idx];
+    }
+}
+
 template <class S, class D, class Tables, class W>
 void ApplyLUTWalk(const void* source, void* destination, unsigned char* status, const W& walk, Tables tables,
                   unsigned short low, unsigned short high)
 {
     const S* src = static_cast<const S*>(source);
     D* dst = static_cast<D*>(destination);
+    if constexpr (std::is_same_v<W, SWalkCount> && std::is_same_v<Tables, SLUTOne>) {
+        if (status) ApplyLUTDense<S, D, true>(src, dst, status, walk.count, tables.lut, tables.status, low, high);
+        else ApplyLUTDense<S, D, false>(src, dst, nullptr, walk.count, tables.lut, tables.status, low, high);
+        return;
+    }
     if (status) {
         TApplyLUTBody<S, D, Tables, true> body{src, dst, status, tables, low, high};
         walk(body);

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "orv/ValueConvert.h"
+#include "reduce/kernels/Vector.h"
 
 namespace orv::reduce::priv {
 
@@ -88,7 +89,7 @@ inline D NUCStore(V v, D lo, D hi)
 // truncation in blocks, which vectorises and gives the same low bits while
 // every value of the block lies within the signed 32-bit range.
 template <class D, class S, bool kIdx, bool G, bool O, bool M, bool C>
-void NUCLoop(D* dst, const S* src, const unsigned int* indices, int n, const float* gain, const short* offset,
+[[gnu::always_inline]] inline void NUCLoopBody(D* dst, const S* src, const unsigned int* indices, int n, const float* gain, const short* offset,
              const unsigned int* map, D lo, D hi)
 {
     auto value = [&](int i) {
@@ -126,6 +127,22 @@ void NUCLoop(D* dst, const S* src, const unsigned int* indices, int n, const flo
     } else {
         for (int i = 0; i < n; ++i) dst[i] = NUCStore<D, C>(value(i), lo, hi);
     }
+}
+
+// The no-map whole-array loops stream over contiguous arrays: those are
+// built for wider vectors too.
+template <class D, class S, bool G, bool O, bool C>
+ORV_VECTOR_CLONES void NUCLoopWide(D* dst, const S* src, int n, const float* gain, const short* offset, D lo, D hi)
+{
+    NUCLoopBody<D, S, false, G, O, false, C>(dst, src, nullptr, n, gain, offset, nullptr, lo, hi);
+}
+
+template <class D, class S, bool kIdx, bool G, bool O, bool M, bool C>
+void NUCLoop(D* dst, const S* src, const unsigned int* indices, int n, const float* gain, const short* offset,
+             const unsigned int* map, D lo, D hi)
+{
+    if constexpr (!kIdx && !M && (G || O)) NUCLoopWide<D, S, G, O, C>(dst, src, n, gain, offset, lo, hi);
+    else NUCLoopBody<D, S, kIdx, G, O, M, C>(dst, src, indices, n, gain, offset, map, lo, hi);
 }
 
 template <class D, class S, bool kIdx>

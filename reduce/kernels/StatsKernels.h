@@ -4,9 +4,12 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <type_traits>
 
 #include "reduce/kernels/RegionWalk.h"
 #include "reduce/kernels/Stats.h"
+#include "reduce/kernels/Vector.h"
 
 namespace orv::reduce::priv {
 
@@ -119,7 +122,7 @@ struct TStatsBody {
     const unsigned char* status;
     SStatsAcc* acc;
     SStatsBox* box;
-    void operator()(unsigned flat, unsigned, unsigned x, unsigned y) const
+    void operator()(size_t flat, size_t, unsigned x, unsigned y) const
     {
         const double v = double(data[flat]);
         if constexpr (kBox) box->Add(x, y);
@@ -143,6 +146,140 @@ void WalkStats(const T* data, const unsigned char* status, const W& walk, SStats
         TStatsBody<T, false, kBox> body{data, status, &acc, &box};
         walk(body);
     }
+}
+
+constexpr int kStatsLanes = 8;
+
+// One block's figures: per-lane sums, counts and status bits; extremes in
+// (the running ones) and out (the block's, over the running ones).
+struct SStatsLanes {
+    double sum[kStatsLanes], squares[kStatsLanes];
+    uint32_t count[kStatsLanes];
+    unsigned char any[kStatsLanes];
+    double min, max, allMin, allMax;
+};
+
+// Extremes are compared in float where that is exact (float and 16-bit
+// sources): the same order and the same values as in double, in twice the
+// lanes.
+template <class T>
+using TStatsExtreme =
+    std::conditional_t<std::is_same_v<T, float> || (std::is_integral_v<T> && sizeof(T) <= 2), float, double>;
+
+// The pass over one block in eight lanes: lane l takes pixels l, l + 8, ...
+// in order, whatever the vector width, so every machine gives the same sums.
+// Invalid pixels add zero and offer an infinity to the extremes, which
+// leaves both as they were (the running extremes are never NaN).
+template <class T, bool kStatus>
+ORV_VECTOR_CLONES void StatsBlock(const T* p, const unsigned char* st, uint32_t m, SStatsLanes& out)
+{
+    using E = TStatsExtreme<T>;
+    using VE = TVec4<E>;
+    using IE = std::conditional_t<std::is_same_v<E, float>, int32_t, int64_t>;
+    constexpr E inf = std::numeric_limits<E>::infinity();
+    V4d sum[2] = {}, squares[2] = {};
+    VE lmin[2], lmax[2], amin[2], amax[2];
+    for (int h = 0; h < 2; ++h) {
+        lmin[h] = VE{} + E(out.min);
+        lmax[h] = VE{} + E(out.max);
+        amin[h] = VE{} + E(out.allMin);
+        amax[h] = VE{} + E(out.allMax);
+    }
+    uint32_t count = 0;
+    uint64_t statusWord = 0; // per lane, the OR of its valid pixels' status
+    uint32_t k = 0;
+    for (; k + kStatsLanes <= m; k += kStatsLanes) {
+        VE e[2];
+        V4d v[2];
+        for (int h = 0; h < 2; ++h) {
+            Load4<E>(p + k + 4 * h, e[h]);
+            if constexpr (std::is_same_v<E, double>) v[h] = e[h];
+            else v[h] = __builtin_convertvector(e[h], V4d);
+        }
+        if constexpr (kStatus) {
+            uint64_t word;
+            std::memcpy(&word, st + k, sizeof(word));
+            if ((word & (0x0101010101010101ull * kStatusInvalidMask)) == 0) {
+                // Eight valid pixels, the common case: no masks.
+                count += kStatsLanes;
+                statusWord |= word;
+                for (int h = 0; h < 2; ++h) {
+                    sum[h] += v[h];
+                    squares[h] += v[h] * v[h];
+                    lmin[h] = e[h] < lmin[h] ? e[h] : lmin[h];
+                    lmax[h] = e[h] > lmax[h] ? e[h] : lmax[h];
+                }
+                continue;
+            }
+            const uint64_t invalidBytes = ByteMasks(word, kStatusInvalidMask);
+            const unsigned invalid = ByteFlags(invalidBytes);
+            count += kStatsLanes - unsigned(__builtin_popcount(invalid));
+            statusWord |= word & ~invalidBytes;
+            for (int h = 0; h < 2; ++h) {
+                const unsigned bits = (invalid >> (4 * h)) & 15;
+                const V4l vd = TClearMasks<int64_t>::lanes[bits];
+                const TVec4<IE> ve = TClearMasks<IE>::lanes[bits];
+                amin[h] = e[h] < amin[h] ? e[h] : amin[h];
+                amax[h] = e[h] > amax[h] ? e[h] : amax[h];
+                const V4d x = vd ? v[h] : V4d{};
+                sum[h] += x;
+                squares[h] += x * x;
+                const VE lo = ve ? e[h] : VE{} + inf, hi = ve ? e[h] : VE{} - inf;
+                lmin[h] = lo < lmin[h] ? lo : lmin[h];
+                lmax[h] = hi > lmax[h] ? hi : lmax[h];
+            }
+        } else {
+            count += kStatsLanes;
+            for (int h = 0; h < 2; ++h) {
+                sum[h] += v[h];
+                squares[h] += v[h] * v[h];
+                lmin[h] = e[h] < lmin[h] ? e[h] : lmin[h];
+                lmax[h] = e[h] > lmax[h] ? e[h] : lmax[h];
+            }
+        }
+    }
+    for (int l = 0; l < kStatsLanes; ++l) {
+        out.sum[l] = sum[l / 4][l % 4];
+        out.squares[l] = squares[l / 4][l % 4];
+        out.count[l] = 0;
+        out.any[l] = (unsigned char)(statusWord >> (8 * l));
+    }
+    // The all-pixel extremes saw only groups with an invalid pixel; the
+    // valid extremes cover the rest.
+    for (int h = 0; h < 2; ++h) {
+        amin[h] = lmin[h] < amin[h] ? lmin[h] : amin[h];
+        amax[h] = lmax[h] > amax[h] ? lmax[h] : amax[h];
+    }
+    double bmin = double(lmin[0][0]), bmax = double(lmax[0][0]);
+    double cmin = double(amin[0][0]), cmax = double(amax[0][0]);
+    for (int l = 0; l < kStatsLanes; ++l) {
+        const double a = double(lmin[l / 4][l % 4]), b = double(lmax[l / 4][l % 4]);
+        const double c = double(amin[l / 4][l % 4]), d = double(amax[l / 4][l % 4]);
+        bmin = a < bmin ? a : bmin;
+        bmax = b > bmax ? b : bmax;
+        cmin = c < cmin ? c : cmin;
+        cmax = d > cmax ? d : cmax;
+    }
+    // The tail, in lane 0.
+    for (; k < m; ++k) {
+        const double v = double(p[k]);
+        if constexpr (kStatus) {
+            if (v < cmin) cmin = v;
+            if (v > cmax) cmax = v;
+            if (!IsValidStatus(st[k])) continue;
+            out.any[0] |= st[k];
+        }
+        count += 1;
+        out.sum[0] += v;
+        out.squares[0] += v * v;
+        if (v < bmin) bmin = v;
+        if (v > bmax) bmax = v;
+    }
+    out.count[0] = count;
+    out.min = bmin;
+    out.max = bmax;
+    out.allMin = cmin;
+    out.allMax = cmax;
 }
 
 // Contiguous runs of a frame, for whole frames and rectangles. Sums and
@@ -193,7 +330,6 @@ public:
             const uint32_t m = len - b < kBlock ? len - b : kBlock;
             Block(data + b, kStatus ? status + b : nullptr, flat + b, m);
         }
-        if constexpr (!kStatus) m_count[0] += len;
     }
 
     // The figures into an accumulator, as the in-order rule gives them.
@@ -224,7 +360,7 @@ public:
     }
 
 private:
-    static constexpr int kLanes = 8;
+    static constexpr int kLanes = kStatsLanes;
     static constexpr uint32_t kBlock = 512;
 
     // Running extreme and the block in which it last improved.
@@ -281,102 +417,23 @@ private:
 
     void Block(const T* p, const unsigned char* st, uint32_t flat, uint32_t m)
     {
-        // Local lanes: the compiler keeps them in registers and pairs them
-        // into vectors; members would go through memory at every pixel.
-        double sum[kLanes], squares[kLanes], lmin[kLanes], lmax[kLanes], amin[kLanes], amax[kLanes];
-        uint32_t count[kLanes];
-        unsigned char any[kLanes];
-        uint64_t statusWord = 0; // OR of whole groups of eight status bytes
+        SStatsLanes lanes;
+        lanes.min = m_min.value;
+        lanes.max = m_max.value;
+        lanes.allMin = m_allMin.value;
+        lanes.allMax = m_allMax.value;
+        StatsBlock<T, kStatus>(p, st, m, lanes);
         for (int l = 0; l < kLanes; ++l) {
-            sum[l] = squares[l] = 0;
-            count[l] = 0;
-            any[l] = 0;
-            lmin[l] = m_min.value;
-            lmax[l] = m_max.value;
-            amin[l] = m_allMin.value;
-            amax[l] = m_allMax.value;
+            m_sum[l] += lanes.sum[l];
+            m_squares[l] += lanes.squares[l];
+            m_count[l] += lanes.count[l];
+            m_statusAny[l] |= lanes.any[l];
         }
-        uint32_t k = 0;
-        for (; k + kLanes <= m; k += kLanes) {
-            double v[kLanes];
-            for (int l = 0; l < kLanes; ++l) v[l] = double(p[k + l]);
-            if constexpr (kStatus) {
-                for (int l = 0; l < kLanes; ++l) {
-                    amin[l] = v[l] < amin[l] ? v[l] : amin[l];
-                    amax[l] = v[l] > amax[l] ? v[l] : amax[l];
-                }
-                uint64_t word;
-                std::memcpy(&word, st + k, sizeof(word));
-                if ((word & 0x1818181818181818ull) == 0) {
-                    // Eight valid pixels, the common case: no test per pixel.
-                    statusWord |= word;
-                    count[0] += kLanes;
-                    for (int l = 0; l < kLanes; ++l) {
-                        sum[l] += v[l];
-                        squares[l] += v[l] * v[l];
-                        lmin[l] = v[l] < lmin[l] ? v[l] : lmin[l];
-                        lmax[l] = v[l] > lmax[l] ? v[l] : lmax[l];
-                    }
-                } else {
-                    for (int l = 0; l < kLanes; ++l) {
-                        if (!IsValidStatus(st[k + l])) continue;
-                        any[l] |= st[k + l];
-                        count[l] += 1;
-                        sum[l] += v[l];
-                        squares[l] += v[l] * v[l];
-                        lmin[l] = v[l] < lmin[l] ? v[l] : lmin[l];
-                        lmax[l] = v[l] > lmax[l] ? v[l] : lmax[l];
-                    }
-                }
-            } else {
-                for (int l = 0; l < kLanes; ++l) {
-                    sum[l] += v[l];
-                    squares[l] += v[l] * v[l];
-                    lmin[l] = v[l] < lmin[l] ? v[l] : lmin[l];
-                    lmax[l] = v[l] > lmax[l] ? v[l] : lmax[l];
-                }
-            }
-        }
-        for (; k < m; ++k) {
-            const double v = double(p[k]);
-            bool valid = true;
-            if constexpr (kStatus) {
-                valid = IsValidStatus(st[k]);
-                amin[0] = v < amin[0] ? v : amin[0];
-                amax[0] = v > amax[0] ? v : amax[0];
-                if (valid) {
-                    count[0] += 1;
-                    any[0] |= st[k];
-                }
-            }
-            if (valid) {
-                sum[0] += v;
-                squares[0] += v * v;
-                lmin[0] = v < lmin[0] ? v : lmin[0];
-                lmax[0] = v > lmax[0] ? v : lmax[0];
-            }
-        }
-        for (int l = 0; l < kLanes; ++l) {
-            m_sum[l] += sum[l];
-            m_squares[l] += squares[l];
-            m_count[l] += count[l];
-            m_statusAny[l] |= any[l] | (unsigned char)(statusWord >> (8 * l));
-        }
-        double bmin = lmin[0], bmax = lmax[0];
-        for (int l = 1; l < kLanes; ++l) {
-            bmin = lmin[l] < bmin ? lmin[l] : bmin;
-            bmax = lmax[l] > bmax ? lmax[l] : bmax;
-        }
-        if (bmin < m_min.value) m_min.Mark(bmin, p, st, flat, m);
-        if (bmax > m_max.value) m_max.Mark(bmax, p, st, flat, m);
+        if (lanes.min < m_min.value) m_min.Mark(lanes.min, p, st, flat, m);
+        if (lanes.max > m_max.value) m_max.Mark(lanes.max, p, st, flat, m);
         if constexpr (kStatus) {
-            double cmin = amin[0], cmax = amax[0];
-            for (int l = 1; l < kLanes; ++l) {
-                cmin = amin[l] < cmin ? amin[l] : cmin;
-                cmax = amax[l] > cmax ? amax[l] : cmax;
-            }
-            if (cmin < m_allMin.value) m_allMin.Mark(cmin, p, st, flat, m);
-            if (cmax > m_allMax.value) m_allMax.Mark(cmax, p, st, flat, m);
+            if (lanes.allMin < m_allMin.value) m_allMin.Mark(lanes.allMin, p, st, flat, m);
+            if (lanes.allMax > m_allMax.value) m_allMax.Mark(lanes.allMax, p, st, flat, m);
         }
     }
 
