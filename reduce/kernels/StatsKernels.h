@@ -189,12 +189,12 @@ ORV_VECTOR_CLONES void StatsBlock(const T* p, const unsigned char* st, uint32_t 
     uint64_t statusWord = 0; // per lane, the OR of its valid pixels' status
     uint32_t k = 0;
     for (; k + kStatsLanes <= m; k += kStatsLanes) {
-        VE e[2];
-        V4d v[2];
+        VE e[2] = {};
+        V4d v[2] = {};
         for (int h = 0; h < 2; ++h) {
             Load4<E>(p + k + 4 * h, e[h]);
             if constexpr (std::is_same_v<E, double>) v[h] = e[h];
-            else v[h] = __builtin_convertvector(e[h], V4d);
+            else v[h] = V4d{double(e[h][0]), double(e[h][1]), double(e[h][2]), double(e[h][3])};
         }
         if constexpr (kStatus) {
             uint64_t word;

@@ -33,10 +33,16 @@ using V4l = TVec4<int64_t>;
 template <class U, class T>
 inline void Load4(const T* p, TVec4<U>& out)
 {
-    TVec4<T> x;
-    std::memcpy(&x, p, sizeof(x));
-    if constexpr (std::is_same_v<T, U>) out = x;
-    else out = __builtin_convertvector(x, TVec4<U>);
+    // Element by element: GCC turns this into one widening load, where a
+    // vector conversion of a loaded vector goes through halves.
+    if constexpr (std::is_integral_v<T> && sizeof(T) >= 4) {
+        // Through memory: from wide integers GCC 12 misreads the vector
+        // form as uninitialised.
+        const U lanes[4] = {U(p[0]), U(p[1]), U(p[2]), U(p[3])};
+        std::memcpy(&out, lanes, sizeof(out));
+    } else {
+        out = TVec4<U>{U(p[0]), U(p[1]), U(p[2]), U(p[3])};
+    }
 }
 
 // 0xFF in each byte of the word that has any bit of the mask (below 0x80).
