@@ -7,10 +7,8 @@ namespace orv::reduce {
 namespace priv {
 namespace {
 
-using TApplyNUCKernel = void (*)(void*, const void*, unsigned int, float*, short*, unsigned int*, bool, double,
-                                 double);
-
-constexpr auto vecApplyNUC = MakeNUCTable<TApplyNUCKernel>(std::make_index_sequence<100>{});
+// Destinations 0 to 4.
+constexpr auto vecApplyNUCLow = MakeNUCTablePart<TApplyNUCKernel, 0>(std::make_index_sequence<50>{});
 
 } // namespace
 } // namespace priv
@@ -19,7 +17,8 @@ void ApplyNUC(STypedData destination, STypedData source, unsigned int count, flo
               unsigned int* map, bool clamp, double minimum, double maximum)
 {
     if (unsigned(destination.type) > dtFlt64 || unsigned(source.type) > dtFlt64) return;
-    const auto kernel = priv::vecApplyNUC[size_t(destination.type) * 10 + size_t(source.type)];
+    const size_t k = size_t(destination.type) * 10 + size_t(source.type);
+    const auto kernel = k < 50 ? priv::vecApplyNUCLow[k] : priv::vecApplyNUCHigh[k - 50];
     if (kernel) kernel(destination.data, source.data, count, gain, offset, map, clamp, minimum, maximum);
 }
 

@@ -261,4 +261,18 @@ constexpr std::array<K, 100> MakeNUCTable(std::index_sequence<I...>)
     return {NUCEntry<K, I>()...};
 }
 
+// Entries Base to Base + N - 1 of such a table.
+template <class K, size_t Base, size_t... I>
+constexpr std::array<K, sizeof...(I)> MakeNUCTablePart(std::index_sequence<I...>)
+{
+    return {NUCEntry<K, Base + I>()...};
+}
+
+using TApplyNUCKernel = void (*)(void*, const void*, unsigned int, float*, short*, unsigned int*, bool, double,
+                                 double);
+// The plain form's kernels for destinations 5 to 9 (ApplyNUCHigh.cpp): the
+// plain form carries the AVX2 clones, so its table is split in two
+// translation units to keep either one quick to compile.
+extern const std::array<TApplyNUCKernel, 50> vecApplyNUCHigh;
+
 } // namespace orv::reduce::priv
