@@ -7,8 +7,7 @@ namespace orv::reduce {
 namespace priv {
 namespace {
 
-// Destinations 0 to 4.
-constexpr auto vecApplyNUCLow = MakeNUCTablePart<TApplyNUCKernel, 0>(std::make_index_sequence<50>{});
+constexpr auto vecApplyNUCLow = MakeNUCTablePart<TApplyNUCKernel, 0>(std::make_index_sequence<kNUCSplit>{});
 
 } // namespace
 } // namespace priv
@@ -18,7 +17,7 @@ void ApplyNUC(STypedData destination, STypedData source, unsigned int count, flo
 {
     if (unsigned(destination.type) > dtFlt64 || unsigned(source.type) > dtFlt64) return;
     const size_t k = size_t(destination.type) * 10 + size_t(source.type);
-    const auto kernel = k < 50 ? priv::vecApplyNUCLow[k] : priv::vecApplyNUCHigh[k - 50];
+    const auto kernel = k < priv::kNUCSplit ? priv::vecApplyNUCLow[k] : priv::vecApplyNUCHigh[k - priv::kNUCSplit];
     if (kernel) kernel(destination.data, source.data, count, gain, offset, map, clamp, minimum, maximum);
 }
 

@@ -1,9 +1,9 @@
-// ApplyNUC, plain form: the kernels for destinations 5 to 9.
+// ApplyNUC, plain form: the upper part of its table.
 #include "reduce/kernels/NUCKernels.h"
 
 namespace orv::reduce::priv {
 
-const std::array<TApplyNUCKernel, 50> vecApplyNUCHigh =
-    MakeNUCTablePart<TApplyNUCKernel, 50>(std::make_index_sequence<50>{});
+const std::array<TApplyNUCKernel, 100 - kNUCSplit> vecApplyNUCHigh =
+    MakeNUCTablePart<TApplyNUCKernel, kNUCSplit>(std::make_index_sequence<100 - kNUCSplit>{});
 
 } // namespace orv::reduce::priv

@@ -270,9 +270,10 @@ constexpr std::array<K, sizeof...(I)> MakeNUCTablePart(std::index_sequence<I...>
 
 using TApplyNUCKernel = void (*)(void*, const void*, unsigned int, float*, short*, unsigned int*, bool, double,
                                  double);
-// The plain form's kernels for destinations 5 to 9 (ApplyNUCHigh.cpp): the
-// plain form carries the AVX2 clones, so its table is split in two
-// translation units to keep either one quick to compile.
-extern const std::array<TApplyNUCKernel, 50> vecApplyNUCHigh;
+// The plain form carries the AVX2 clones, so its table is split in two
+// translation units to keep either one quick to compile: entries below
+// kNUCSplit in ApplyNUC.cpp, the rest in ApplyNUCHigh.cpp.
+constexpr size_t kNUCSplit = 30;
+extern const std::array<TApplyNUCKernel, 100 - kNUCSplit> vecApplyNUCHigh;
 
 } // namespace orv::reduce::priv
