@@ -154,8 +154,8 @@ constexpr int kStatsLanes = 8;
 // (the running ones) and out (the block's, over the running ones).
 struct SStatsLanes {
     double sum[kStatsLanes], squares[kStatsLanes];
-    uint32_t count[kStatsLanes];
-    unsigned char any[kStatsLanes];
+    uint32_t count;
+    unsigned char any; // OR of the valid pixels' status
     double min, max, allMin, allMax;
 };
 
@@ -186,7 +186,8 @@ ORV_VECTOR_CLONES void StatsBlock(const T* p, const unsigned char* st, uint32_t 
         amax[h] = VE{} + E(out.allMax);
     }
     uint32_t count = 0;
-    uint64_t statusWord = 0; // per lane, the OR of its valid pixels' status
+    uint64_t statusWord = 0; // byte l: the OR of lane l's valid pixels' status
+    unsigned char any = 0;
     uint32_t k = 0;
     for (; k + kStatsLanes <= m; k += kStatsLanes) {
         VE e[2] = {};
@@ -241,8 +242,6 @@ ORV_VECTOR_CLONES void StatsBlock(const T* p, const unsigned char* st, uint32_t 
     for (int l = 0; l < kStatsLanes; ++l) {
         out.sum[l] = sum[l / 4][l % 4];
         out.squares[l] = squares[l / 4][l % 4];
-        out.count[l] = 0;
-        out.any[l] = (unsigned char)(statusWord >> (8 * l));
     }
     // The all-pixel extremes saw only groups with an invalid pixel; the
     // valid extremes cover the rest.
@@ -267,7 +266,7 @@ ORV_VECTOR_CLONES void StatsBlock(const T* p, const unsigned char* st, uint32_t 
             if (v < cmin) cmin = v;
             if (v > cmax) cmax = v;
             if (!IsValidStatus(st[k])) continue;
-            out.any[0] |= st[k];
+            any |= st[k];
         }
         count += 1;
         out.sum[0] += v;
@@ -275,7 +274,9 @@ ORV_VECTOR_CLONES void StatsBlock(const T* p, const unsigned char* st, uint32_t 
         if (v < bmin) bmin = v;
         if (v > bmax) bmax = v;
     }
-    out.count[0] = count;
+    for (int l = 0; l < kStatsLanes; ++l) any |= (unsigned char)(statusWord >> (8 * l));
+    out.count = count;
+    out.any = any;
     out.min = bmin;
     out.max = bmax;
     out.allMin = cmin;
@@ -311,8 +312,8 @@ public:
                     m_max.Start(v, data + k, status + k, flat + k);
                     m_sum[0] += v;
                     m_squares[0] += v * v;
-                    m_count[0] += 1;
-                    m_statusAny[0] |= status[k];
+                    m_count += 1;
+                    m_statusAny |= status[k];
                 }
             }
         } else {
@@ -336,13 +337,11 @@ public:
     void Result(SStatsAcc& a) const
     {
         a.sum = a.squares = 0;
-        a.count = 0;
-        a.statusAny = 0;
+        a.count = m_count;
+        a.statusAny = m_statusAny;
         for (int l = 0; l < kLanes; ++l) {
             a.sum += m_sum[l];
             a.squares += m_squares[l];
-            a.count += m_count[l];
-            a.statusAny |= m_statusAny[l];
         }
         if (m_min.started) {
             a.anyValid = true;
@@ -423,11 +422,11 @@ private:
         lanes.allMin = m_allMin.value;
         lanes.allMax = m_allMax.value;
         StatsBlock<T, kStatus>(p, st, m, lanes);
+        m_count += lanes.count;
+        m_statusAny |= lanes.any;
         for (int l = 0; l < kLanes; ++l) {
             m_sum[l] += lanes.sum[l];
             m_squares[l] += lanes.squares[l];
-            m_count[l] += lanes.count[l];
-            m_statusAny[l] |= lanes.any[l];
         }
         if (lanes.min < m_min.value) m_min.Mark(lanes.min, p, st, flat, m);
         if (lanes.max > m_max.value) m_max.Mark(lanes.max, p, st, flat, m);
@@ -439,8 +438,8 @@ private:
 
     double m_sum[kLanes] = {};
     double m_squares[kLanes] = {};
-    uint32_t m_count[kLanes] = {};
-    unsigned char m_statusAny[kLanes] = {};
+    uint32_t m_count = 0;
+    unsigned char m_statusAny = 0;
     STrack m_min, m_max, m_allMin, m_allMax;
 };
 
