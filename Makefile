@@ -1,10 +1,12 @@
 # Entry points. Every target installs missing Debian packages first.
 BUILD      ?= build
 BUILD_ASAN ?= build-asan
+BUILD_FUZZ ?= build-fuzz
+FUZZ_SECONDS ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?=
 
-.PHONY: all deps configure build test test-asan bench demo clean
+.PHONY: all deps configure build test test-asan bench demo fuzz clean
 
 all: build
 
@@ -35,5 +37,25 @@ demo: configure
 	cmake --build $(BUILD) -j $(JOBS) --target orvreduce_cli
 	$(BUILD)/tools/orvreduce/orvreduce demo
 
+# libFuzzer with AddressSanitizer and UndefinedBehaviorSanitizer (clang): each
+# target runs FUZZ_SECONDS on a copy of its corpus; crashes, hangs (10 s),
+# leaks and out-of-memory stop it and leave the input in $(BUILD_FUZZ)/fuzz-findings.
+# Target and the largest input worth trying, in bytes:
+FUZZ_TARGETS = fuzz_info_file:16384 fuzz_reduce_object:8192 fuzz_recording:16384 fuzz_frame_filter:4096 \
+               fuzz_rcal_file:8192 fuzz_xml_file:8192 fuzz_norm_file:4096 fuzz_jpeg:8192 \
+               fuzz_deinterlace:1024 fuzz_text:256
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(BUILD_FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORV_FUZZ=ON -DORV_BENCH=OFF $(CMAKE_ARGS)
+	cmake --build $(BUILD_FUZZ) -j $(JOBS) --target fuzz_targets
+	@set -e; for entry in $(FUZZ_TARGETS); do \
+	  name=$${entry%%:*}; len=$${entry##*:}; \
+	  work=$(BUILD_FUZZ)/fuzz-corpus/$$name; mkdir -p $$work $(BUILD_FUZZ)/fuzz-findings; \
+	  cp fuzz/corpus/$$name/* $$work/; \
+	  echo "== $$name ($(FUZZ_SECONDS) s)"; \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  $(BUILD_FUZZ)/fuzz/$$name $$work -max_total_time=$(FUZZ_SECONDS) -max_len=$$len -timeout=10 \
+	    -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix=$(BUILD_FUZZ)/fuzz-findings/$$name-; \
+	done
+
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_FUZZ)

@@ -1,0 +1,302 @@
+// Writes the seed inputs of the fuzz targets into fuzz/corpus/<target>/, made
+// with the library's own writers so that they start out valid. Run once after
+// a format changes: make-fuzz-seeds <path of fuzz/corpus>.
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <jpeglib.h>
+
+#include "orv/NormFile.h"
+#include "orv/PixelType.h"
+#include "orv/RCalFile.h"
+#include "orv/XMLFile.h"
+#include "reduce/objects/SourceInfoReduceObject.h"
+#include "reduce/store/InfoFile.h"
+#include "reduce/store/PixelsHeader.h"
+#include "reduce/store/ReduceObjectFactory.h"
+
+using namespace orv;
+using namespace orv::reduce;
+
+namespace {
+
+std::filesystem::path gRoot;
+
+using Bytes = std::vector<uint8_t>;
+
+void Write(const char* target, const std::string& name, const Bytes& bytes)
+{
+    const std::filesystem::path dir = gRoot / target;
+    std::filesystem::create_directories(dir);
+    std::ofstream out(dir / ("seed-" + name), std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+void Write(const char* target, const std::string& name, const std::string& text)
+{
+    Write(target, name, Bytes(text.begin(), text.end()));
+}
+
+Bytes Take(CMemFile& memory) { return Bytes(memory.data(), memory.data() + memory.size()); }
+
+template <class T>
+void Append(Bytes& bytes, T value)
+{
+    const auto* p = reinterpret_cast<const uint8_t*>(&value);
+    bytes.insert(bytes.end(), p, p + sizeof value);
+}
+
+void InfoFilesAndObjects()
+{
+    TArray<CString> names;
+    reduceObjectFactory().GetNames(names);
+    CReduceObjectArray all;
+    for (size_t i = 0; i < names.size(); ++i) {
+        TSharedPtr<IReduceObject> object = reduceObjectFactory().CreateByName(names.get(i));
+        object->valid = true;
+        CMemFile payload;
+        payload.Create();
+        if (!object->Save(TSharedPtr<IFile>(&payload, noDestroy), 0)) continue;
+        Bytes entry;
+        entry.push_back(static_cast<uint8_t>(i));
+        Append<uint32_t>(entry, object->version);
+        entry.push_back(0);
+        const Bytes body = Take(payload);
+        entry.insert(entry.end(), body.begin(), body.end());
+        Write("fuzz_reduce_object", names.get(i).c_str(), entry);
+        all.add(object);
+    }
+    CMemFile info;
+    info.Create();
+    SaveInfoFile(TSharedPtr<IFile>(&info, noDestroy), all, 0);
+    Write("fuzz_info_file", "all-types", Take(info));
+
+    CMemFile empty;
+    empty.Create();
+    CreateInfoFile(TSharedPtr<IFile>(&empty, noDestroy));
+    Write("fuzz_info_file", "header-only", Take(empty));
+}
+
+// A small recording: source info, then a "Pixels" block and three frames.
+Bytes Recording(SGuid pixelType, unsigned bytesPerPixel, bool oldHeader)
+{
+    CReduceObjectArray objects;
+    TSharedPtr<CSourceInfoReduceObject> info = objects.GetSourceInfo(true);
+    info->valid = true;
+    info->pixelType = pixelType;
+    info->imageWidth = info->frameWidth = info->packetWidth = 8;
+    info->imageHeight = info->frameHeight = info->packetHeight = 4;
+    info->presets[0].available = true;
+    info->presets[0].numFrames = 3;
+    CMemFile file;
+    file.Create();
+    TSharedPtr<IFile> out(&file, noDestroy);
+    const unsigned frameSize = 8 * 4 * bytesPerPixel;
+    if (oldHeader) {
+        // The old 44-byte form, as an old block version writes it.
+        SaveInfoFile(out, objects, infoFileRecording);
+        SInfoFileBlock block{};
+        std::strcpy(block.name, kPixelsBlockName);
+        block.typeID = guidPixels;
+        block.version = 0x10000;
+        block.preset = -1;
+        block.frame = ~uint64_t(0);
+        block.flags = blockFlagValid;
+        block.size = ~uint64_t(0);
+        WriteInfoFileBlock(out, block);
+        uint8_t old[kOldPixelsHeaderSize] = {};
+        std::memcpy(old, &pixelType, 16);
+        const uint16_t width = static_cast<uint16_t>(bytesPerPixel);
+        std::memcpy(old + 16, &width, 2);
+        const uint16_t sizes[7] = {8, 4, 8, 4, 8, 4, 1};
+        std::memcpy(old + 26, sizes, sizeof sizes);
+        std::memcpy(old + 40, &frameSize, 4);
+        out->WriteBytes(old, sizeof old);
+    } else {
+        SPixelsHeader header;
+        InitPixelsHeader(header, info, true);
+        header.pixelWidth = static_cast<uint16_t>(bytesPerPixel);
+        header.packetSize = header.frameStride = frameSize;
+        StartQRTFile(out, objects, header);
+    }
+    for (unsigned i = 0; i < 3 * frameSize; ++i) out->PutUInt8(static_cast<uint8_t>(i * 7));
+    return Take(file);
+}
+
+void Recordings()
+{
+    Write("fuzz_recording", "grayscale", Recording(pixelGrayscale, 2, false));
+    Write("fuzz_recording", "rgb", Recording(pixelRGB, 3, false));
+    Write("fuzz_recording", "yuv-old-header", Recording(pixelYUV, 2, true));
+}
+
+void Frames()
+{
+    const unsigned bytes[] = {2, 3, 2};
+    const char* names[] = {"grayscale", "rgb", "yuv"};
+    for (unsigned t = 0; t < 3; ++t) {
+        Bytes frame;
+        frame.push_back(static_cast<uint8_t>(t));
+        Append<uint16_t>(frame, 8);
+        Append<uint16_t>(frame, 4);
+        frame.push_back(t == 0 ? dtUInt16 : dtRGB24);
+        for (unsigned i = 0; i < 8 * 4 * bytes[t]; ++i) frame.push_back(static_cast<uint8_t>(i * 13));
+        Write("fuzz_frame_filter", names[t], frame);
+    }
+}
+
+void Calibrations()
+{
+    CRCalFile cal;
+    cal.SetBandpass(7.5, 13.0);
+    cal.SetCoefficients(0, 2, TArray<double>{1.0e-3, 3.5e-7, 2.0e-12});
+    cal.SetLookup(0, TArray<double>{0.0015, 0.0035, 0.0080}, TArray<double>{-45.0, 21.0, 110.0});
+    cal.SetBackgroundValue(0, 12.5);
+    cal.SetCoefficients(1, 1, TArray<double>{0.5, 2.0e-6});
+    cal.SetTempCoefficients(1, 2, TArray<double>{-62.0, 16500.0, -2.1e5});
+    cal.SetBackgroundImage(1, 2, 2, TArray<double>{1.0, 2.0, 3.0, 4.0});
+    cal.SetCoefficients(2, -1, TArray<double>{0.25, 1.5});
+
+    const CString text = cal.ToXML();
+    const std::string xml(text.c_str(), text.length());
+    Write("fuzz_rcal_file", "plain", std::string(1, '\0') + xml);
+    Write("fuzz_rcal_file", "text", std::string(1, '\2') + xml);
+    CMemFile stream;
+    stream.Create();
+    cal.Save(TSharedPtr<IFile>(&stream, noDestroy), 0);
+    Bytes prefixed{1};
+    const Bytes body = Take(stream);
+    prefixed.insert(prefixed.end(), body.begin(), body.end());
+    Write("fuzz_rcal_file", "stream", prefixed);
+    Write("fuzz_xml_file", "calibration", xml);
+}
+
+void Documents()
+{
+    Write("fuzz_xml_file", "regions",
+          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+          "<regions version=\"1\">\n"
+          "  <roi name=\"spot &amp; box\" type=\"rect\" x=\"1\" y=\"2\" w=\"3\" h=\"4\"/>\n"
+          "  <roi name=\"line\"><point x=\"0\" y=\"0\"/><point x=\"5\" y=\"7\"/></roi>\n"
+          "  <note><![CDATA[raw <text>]]> and more</note>\n"
+          "</regions>\n");
+    Write("fuzz_xml_file", "nested", "<a b='1'><c><d e=\"&#x41;\">text</d></c><c/></a>");
+}
+
+void NormFiles()
+{
+    const std::filesystem::path dir = std::filesystem::temp_directory_path() / "orv-fuzz-seeds";
+    std::filesystem::create_directories(dir);
+    const float gains[12] = {1, 1.5f, 0.5f, 2, 1, 1, 1, 1, 0.25f, 1, 1, 3};
+    const int16_t offsets[12] = {0, -3, 5, 7, 0, 0, 100, -100, 1, 2, 3, 4};
+    const uint8_t bad[12] = {0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+    const uint32_t replacements[12] = {0, 0, 0, 0, 0, 0, 0, 6, 0, 0, 0, 0};
+    const std::string gain = (dir / "g.mxg").string(), offset = (dir / "o.mxo").string(),
+                      badPixel = (dir / "b.mbp").string();
+    CNormFile::SaveGainTable(fileSystem(), gain.c_str(), 4, 3, 0, gains);
+    CNormFile::SaveOffsetTable(fileSystem(), offset.c_str(), 4, 3, 1, offsets);
+    CNormFile::SaveBadPixelTable(fileSystem(), badPixel.c_str(), 4, 3, 2, bad, replacements);
+    for (const auto& [name, path] : {std::pair{"gain", gain}, {"offset", offset}, {"bad-pixels", badPixel}}) {
+        std::ifstream in(path, std::ios::binary);
+        Write("fuzz_norm_file", name, Bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+    }
+    std::filesystem::remove_all(dir);
+}
+
+Bytes EncodeJpeg(int width, int height, bool color, bool progressive)
+{
+    jpeg_compress_struct info;
+    jpeg_error_mgr errors;
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&info);
+    unsigned char* buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&info, &buffer, &size);
+    info.image_width = static_cast<JDIMENSION>(width);
+    info.image_height = static_cast<JDIMENSION>(height);
+    info.input_components = color ? 3 : 1;
+    info.in_color_space = color ? JCS_RGB : JCS_GRAYSCALE;
+    jpeg_set_defaults(&info);
+    jpeg_set_quality(&info, 75, TRUE);
+    if (progressive) jpeg_simple_progression(&info);
+    jpeg_start_compress(&info, TRUE);
+    std::vector<unsigned char> row(static_cast<size_t>(width) * info.input_components);
+    while (info.next_scanline < info.image_height) {
+        for (size_t i = 0; i < row.size(); ++i) row[i] = static_cast<unsigned char>(i * 9 + info.next_scanline * 17);
+        JSAMPROW rows[1] = {row.data()};
+        jpeg_write_scanlines(&info, rows, 1);
+    }
+    jpeg_finish_compress(&info);
+    jpeg_destroy_compress(&info);
+    // Output buffer size, three bytes, then the stream.
+    const uint32_t out = static_cast<uint32_t>(width * height * 3);
+    Bytes bytes{static_cast<uint8_t>(out), static_cast<uint8_t>(out >> 8), static_cast<uint8_t>(out >> 16)};
+    bytes.insert(bytes.end(), buffer, buffer + size);
+    free(buffer);
+    return bytes;
+}
+
+void Jpegs()
+{
+    Write("fuzz_jpeg", "rgb-16x8", EncodeJpeg(16, 8, true, false));
+    Write("fuzz_jpeg", "gray-9x5", EncodeJpeg(9, 5, false, false));
+    Write("fuzz_jpeg", "progressive-8x8", EncodeJpeg(8, 8, true, true));
+}
+
+void Deinterlace()
+{
+    auto params = [](int16_t w, int16_t h, int8_t bpp, int16_t in, int16_t out) {
+        Bytes bytes;
+        Append(bytes, w);
+        Append(bytes, h);
+        Append(bytes, bpp);
+        Append(bytes, in);
+        Append(bytes, out);
+        for (int i = 0; i < 64; ++i) bytes.push_back(static_cast<uint8_t>(i));
+        return bytes;
+    };
+    Write("fuzz_deinterlace", "odd-rows", params(4, 5, 1, -1, -1));
+    Write("fuzz_deinterlace", "padded", params(3, 4, 2, 8, 10));
+}
+
+void Texts()
+{
+    const std::pair<uint8_t, const char*> texts[] = {
+        {0, "2024-02-29 23:59:59.1234567"}, {0, " 2024-03-01T12:30Z "}, {0, "2023:365:23:59:59.5"},
+        {0, "123:04:05:06"},                {2, "-2e-3"},                {2, " 4294967295 "},
+        {2, "nan"},                         {3, "{9C3C13F6-1A10-49C5-86C9-ACF8A928DCC6}"},
+    };
+    int n = 0;
+    for (const auto& [pick, text] : texts)
+        Write("fuzz_text", std::to_string(n++), std::string(1, static_cast<char>(pick)) + text);
+    Bytes format{1};
+    Append<int64_t>(format, 0x8D8A5E0F2F4C000);
+    const std::string f = "%Y-%m-%d %H:%M:%S.%f %j %% %q";
+    format.insert(format.end(), f.begin(), f.end());
+    Write("fuzz_text", "format", format);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s <fuzz/corpus>\n", argv[0]);
+        return 2;
+    }
+    gRoot = argv[1];
+    InfoFilesAndObjects();
+    Recordings();
+    Frames();
+    Calibrations();
+    Documents();
+    NormFiles();
+    Jpegs();
+    Deinterlace();
+    Texts();
+    return 0;
+}
