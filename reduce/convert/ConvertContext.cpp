@@ -80,7 +80,7 @@ bool CConvertContext::SetUnit(EUnit unit, ETempType tempType)
 
 bool CConvertContext::Update(bool* presets, unsigned char numPresets, unsigned int reserved)
 {
-    if (!m_reduceObjs || numPresets > 8) return false;
+    if (!m_reduceObjs || numPresets > 8 || (numPresets && !presets)) return false;
     TSharedPtr<CSourceInfoReduceObject> info = m_reduceObjs->GetSourceInfo(false);
     if (!info) return false;
 
@@ -146,6 +146,8 @@ bool CConvertContext::ApplyNUC(STypedData src, STypedData dst, unsigned int n, S
         }
         map = c->replacements;
     }
+    // The kernel trusts its tables to cover the frame.
+    if (c->pixelCount() < n) return false;
     orv::reduce::ApplyNUC(dst, src, n, gains, offsets, map, cfg.clip, cfg.lowLimit, cfg.highLimit);
     result = dst;
     return true;
@@ -161,8 +163,9 @@ bool CConvertContext::ApplyNUC(STypedData src, STypedData dst, unsigned int n)
 
 bool CConvertContext::Abate(const STypedData* frames, unsigned int n, STypedData dst, unsigned char* status)
 {
+    if (!frames) return false;
     for (unsigned i = 0; i < m_numPresets; ++i)
-        if (m_presetActive[i] && frames[i].type != dst.type) return false;
+        if (m_presetActive[i] && (frames[i].type != dst.type || !frames[i].data)) return false;
     if (!m_abateCfg || !m_correctionCfg) return false;
     const CCorrectionCfgReduceObject& cfg = *m_correctionCfg;
 
@@ -172,6 +175,8 @@ bool CConvertContext::Abate(const STypedData* frames, unsigned int n, STypedData
     for (int i = 0; i < 8; ++i) {
         const CCorrectionReduceObject* c = m_corrections[i].get();
         if (!c) continue;
+        // The kernel trusts the tables to cover the frame.
+        if ((cfg.applyGainOffset || cfg.applyBadPixels) && c->pixelCount() < n) return false;
         if (cfg.applyGainOffset) {
             gains[i] = c->gains;
             offsets[i] = c->offsets;
@@ -223,10 +228,12 @@ bool CConvertContext::Convert(STypedData src, const unsigned char* presetIndex, 
 }
 
 // In the region rows without a converter the gathering kernels clear the
-// status element by element.
+// status element by element. A region reaching outside the frame is refused
+// before anything is written: the kernels trust their regions.
 bool CConvertContext::Convert(STypedData src, unsigned short width, unsigned short height, SArea area,
                               STypedData dst, unsigned char* status)
 {
+    if (!priv::RegionInFrame(width, height, area)) return false;
     if (m_converter) return m_converter->BaseToOutput(src, width, height, area, dst, status);
     if (BadPair(src, dst)) return false;
     priv::vecConvertSubArrayRect[PairIndex(src, dst)](src.data, dst.data, status, width, height, area);
@@ -236,6 +243,7 @@ bool CConvertContext::Convert(STypedData src, unsigned short width, unsigned sho
 bool CConvertContext::Convert(STypedData src, const unsigned char* presetIndex, unsigned short width,
                               unsigned short height, SArea area, STypedData dst, unsigned char* status)
 {
+    if (!priv::RegionInFrame(width, height, area)) return false;
     if (m_converter) return m_converter->BaseToOutput(src, presetIndex, width, height, area, dst, status);
     return Convert(src, width, height, area, dst, status);
 }
@@ -243,6 +251,7 @@ bool CConvertContext::Convert(STypedData src, const unsigned char* presetIndex, 
 bool CConvertContext::Convert(STypedData src, unsigned short width, unsigned short height,
                               const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
 {
+    if (!priv::RegionInFrame(width, height, lines)) return false;
     if (m_converter) return m_converter->BaseToOutput(src, width, height, lines, dst, status);
     if (BadPair(src, dst)) return false;
     priv::vecConvertSubArrayScanLines[PairIndex(src, dst)](src.data, dst.data, status, width, height, lines);
@@ -253,6 +262,7 @@ bool CConvertContext::Convert(STypedData src, const unsigned char* presetIndex, 
                               unsigned short height, const TArray<SScanLine>& lines, STypedData dst,
                               unsigned char* status)
 {
+    if (!priv::RegionInFrame(width, height, lines)) return false;
     if (m_converter) return m_converter->BaseToOutput(src, presetIndex, width, height, lines, dst, status);
     return Convert(src, width, height, lines, dst, status);
 }
@@ -261,6 +271,7 @@ bool CConvertContext::Convert(STypedData src, unsigned short width, unsigned sho
                               const unsigned char* mask, unsigned int maskWidth, STypedData dst,
                               unsigned char* status)
 {
+    if (!priv::RegionInFrame(width, height, area)) return false;
     if (m_converter) return m_converter->BaseToOutput(src, width, height, area, mask, maskWidth, dst, status);
     if (BadPair(src, dst)) return false;
     priv::vecConvertSubArrayMask[PairIndex(src, dst)](src.data, dst.data, status, width, height, area, mask,
@@ -272,6 +283,7 @@ bool CConvertContext::Convert(STypedData src, const unsigned char* presetIndex, 
                               unsigned short height, SArea area, const unsigned char* mask, unsigned int maskWidth,
                               STypedData dst, unsigned char* status)
 {
+    if (!priv::RegionInFrame(width, height, area)) return false;
     if (m_converter)
         return m_converter->BaseToOutput(src, presetIndex, width, height, area, mask, maskWidth, dst, status);
     return Convert(src, width, height, area, mask, maskWidth, dst, status);

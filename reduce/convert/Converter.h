@@ -21,6 +21,13 @@ EUnit ParseUnit(const char* text);
 // Counts only temperatures (units 2 and 5) carry a meaningful ETempType.
 inline bool IsTemperatureUnit(EUnit unit) { return unit == unitTemperatureUser || unit == unitTemperatureFactory; }
 
+namespace priv {
+// Whether a region lies inside a frame of width x height; an empty region
+// (last row or column before the first) always does.
+bool RegionInFrame(unsigned short width, unsigned short height, SArea area);
+bool RegionInFrame(unsigned short width, unsigned short height, const TArray<SScanLine>& lines);
+} // namespace priv
+
 class IConverter {
 public:
     IConverter() = default;

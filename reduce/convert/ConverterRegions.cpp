@@ -7,16 +7,17 @@ namespace orv::reduce {
 // Width and height are part of the signatures only.
 unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, SArea area)
 {
-    if (area.bottom < area.top) return 0;
-    // Unsigned 32-bit arithmetic as the callers expect, even for right < left.
-    return (unsigned(area.bottom) - unsigned(area.top) + 1u) * (unsigned(area.right) - unsigned(area.left) + 1u);
+    // Counted as the walkers walk: a rectangle with its right column left of
+    // its left one yields nothing. Callers clear this many status bytes, so
+    // a wrapped count would run far past their buffers.
+    return priv::RegionPixels(area);
 }
 
 unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, TArray<SScanLine> const& lines)
 {
-    unsigned int n = 0;
-    for (const SScanLine& line : lines) n += unsigned(line.last) - unsigned(line.first) + 1u;
-    return n;
+    // A line with its last column before its first yields nothing, as in the
+    // walkers.
+    return priv::RegionPixels(lines);
 }
 
 unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, SArea area, unsigned char const* mask,
@@ -119,6 +120,19 @@ struct SCountBody {
     void operator()(unsigned, unsigned, unsigned, unsigned) { ++n; }
 };
 } // namespace
+
+bool RegionInFrame(unsigned short width, unsigned short height, SArea area)
+{
+    if (area.bottom < area.top || area.right < area.left) return true;
+    return area.bottom < height && area.right < width;
+}
+
+bool RegionInFrame(unsigned short width, unsigned short height, const TArray<SScanLine>& lines)
+{
+    for (const SScanLine& line : lines)
+        if (line.last >= line.first && (line.row >= height || line.last >= width)) return false;
+    return true;
+}
 
 unsigned int RegionPixels(TArray<SScanLine> const& lines)
 {

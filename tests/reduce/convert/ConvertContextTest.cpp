@@ -52,6 +52,14 @@ TEST(ConvertContext, EmptyContextCopies)
     EXPECT_FALSE(ctx.Convert(STypedData(frame, dtRGB24), 3, 2, SArea{0, 0, 1, 1}, mask, 3,
                              STypedData(out, dtFlt32), nullptr));
     EXPECT_EQ(out[0], -1.0f);
+    // A region reaching outside the frame is refused before anything is
+    // written.
+    EXPECT_FALSE(ctx.Convert(STypedData(frame, dtUInt16), 3, 2, SArea{1, 1, 2, 2}, STypedData(out, dtFlt32), nullptr));
+    EXPECT_FALSE(ctx.Convert(STypedData(frame, dtUInt16), 3, 2, TArray<SScanLine>{{0, 0, 3}}, STypedData(out, dtFlt32),
+                             nullptr));
+    EXPECT_FALSE(ctx.Convert(STypedData(frame, dtUInt16), 3, 2, SArea{0, 0, 1, 3}, mask, 3, STypedData(out, dtFlt32),
+                             nullptr));
+    EXPECT_EQ(out[0], -1.0f);
 
     float v = 0;
     unsigned char st = 9;
@@ -131,6 +139,7 @@ TEST(ConvertContext, UpdateKeepsItsPresetQuirks)
     bool off[8] = {};
     EXPECT_FALSE(ctx.Update(off, 8, 0));
     EXPECT_EQ(ctx.firstActivePreset(), 0);
+    EXPECT_FALSE(ctx.Update(nullptr, 1, 0));
 
     // Update brings the correction settings into the array.
     EXPECT_TRUE(objs.HasObjectOfType(CAbateCfgReduceObject::typeID, false));
@@ -184,6 +193,11 @@ TEST(ConvertContext, ApplyNUCFollowsTheSwitches)
     ASSERT_TRUE(ctx.ApplyNUC(STypedData(src, dtUInt16), STypedData(dst, dtUInt16), 4));
     EXPECT_EQ(dst[0], 1000);
     EXPECT_EQ(dst[3], 2000);
+
+    // A frame larger than the correction's tables is refused.
+    unsigned short big[5] = {}, bigOut[5] = {7, 7, 7, 7, 7};
+    EXPECT_FALSE(ctx.ApplyNUC(STypedData(big, dtUInt16), STypedData(bigOut, dtUInt16), 5, result));
+    EXPECT_EQ(bigOut[0], 7);
 }
 
 TEST(ConvertContext, AbateMergesTheActivePresets)
@@ -210,6 +224,10 @@ TEST(ConvertContext, AbateMergesTheActivePresets)
 
     frames[2].type = dtFlt32;
     EXPECT_FALSE(ctx.Abate(frames, 3, STypedData(dst, dtUInt16), which));
+    frames[2] = STypedData(static_cast<void*>(nullptr), dtUInt16); // an active preset without its frame
+    EXPECT_FALSE(ctx.Abate(frames, 3, STypedData(dst, dtUInt16), which));
+    EXPECT_FALSE(ctx.Abate(nullptr, 3, STypedData(dst, dtUInt16), which));
+    frames[2] = STypedData(p2, dtUInt16);
     frames[2].type = dtUInt16;
     float fdst[3];
     EXPECT_FALSE(ctx.Abate(frames, 3, STypedData(fdst, dtFlt32), which));

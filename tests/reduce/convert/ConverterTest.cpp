@@ -195,6 +195,9 @@ TEST(IConverter, RegionFormsBuildIndexListsThatTheBaseIgnores)
     EXPECT_TRUE(c.seen.empty());
     EXPECT_EQ(IConverter::CalcNumPixels(w, h, SArea{3, 0, 2, 5}), 0u);
     EXPECT_EQ(IConverter::CalcNumPixels(w, h, lines), 4u);
+    // Crossed columns are empty too, not a wrapped count.
+    EXPECT_EQ(IConverter::CalcNumPixels(w, h, SArea{0, 3, 1, 2}), 0u);
+    EXPECT_EQ(IConverter::CalcNumPixels(w, h, TArray<SScanLine>{{0, 3, 1}, {1, 0, 0}}), 1u);
 }
 
 namespace {
