@@ -27,6 +27,28 @@ void ClearStatus(unsigned char* status, unsigned int n)
 constexpr unsigned short kLUTLow = 0;
 constexpr unsigned short kLUTHigh = 65535;
 
+// One past the largest flat index a region reaches; 0 for an empty region.
+size_t RegionEnd(unsigned short width, SArea area)
+{
+    if (area.bottom < area.top || area.right < area.left) return 0;
+    return size_t(area.bottom) * width + area.right + 1;
+}
+
+size_t RegionEnd(unsigned short width, const TArray<SScanLine>& lines)
+{
+    size_t end = 0;
+    for (const SScanLine& line : lines)
+        if (line.last >= line.first) end = std::max(end, size_t(line.row) * width + line.last + 1);
+    return end;
+}
+
+size_t RegionEnd(const unsigned int* indices, unsigned int n)
+{
+    size_t end = 0;
+    for (unsigned int i = 0; i < n; ++i) end = std::max(end, size_t(indices[i]) + 1);
+    return end;
+}
+
 TSharedPtr<CRCalReduceObject> FindCalibration(CReduceObjectArray& objs)
 {
     return objs.GetObjectOfType(CRCalReduceObject::classTypeID(), -1, false).DynamicCast<CRCalReduceObject>();
@@ -86,7 +108,13 @@ bool CUserConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& 
     allHaveLookup = true;
     allHaveCoefficients = true;
     for (int i = 0; i < 8; ++i) {
-        if (!presetActive[i]) continue;
+        if (!presetActive[i]) {
+            // Records of presets no longer active point nowhere, so that no
+            // kernel meets an image of an earlier calibration.
+            radianceParams[i] = SRadianceParams{};
+            temperatureParams[i] = STemperatureParams{};
+            continue;
+        }
         // The calibration's answers are taken as they come: a missing part
         // reads as empty or zero.
         cal.GetPolyOrder(i, polyOrder[i]);
@@ -112,8 +140,9 @@ bool CUserConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& 
                 }
             }
             // A background that cannot be had counts as zero, without a
-            // word: conversion goes on.
-            if (!loaded && !backgroundZero[i]) {
+            // word: conversion goes on. A zero image made for another frame
+            // size is made again.
+            if (!loaded && (!backgroundZero[i] || backgroundImage[i].size() != size_t(width) * height)) {
                 backgroundImage[i].clear();
                 backgroundImage[i].resize(size_t(width) * height);
                 hasBackgroundFile[i] = false;
@@ -188,6 +217,14 @@ bool CUserConverter::OutputToSignal(float, unsigned short&, unsigned char&, unsi
     return p < 8 && presetActive[p];
 }
 
+bool CUserConverter::BackgroundCovers(size_t end) const
+{
+    if (!usesBackgroundImage || baseUnit != unitCounts) return true;
+    for (int i = 0; i < 8; ++i)
+        if (presetActive[i] && radianceParams[i].backgroundImage && backgroundImage[i].size() < end) return false;
+    return true;
+}
+
 bool CUserConverter::TemperatureStep(STypedData dst, STypedData src, unsigned int n, unsigned char p)
 {
     if (allHaveLookup)
@@ -213,18 +250,18 @@ bool CUserConverter::TemperatureStep(STypedData dst, STypedData src, const unsig
 
 bool CUserConverter::Radiance(STypedData dst, STypedData src, unsigned int n, unsigned char p)
 {
-    if (usesBackgroundImage && !backgroundImage[p].empty())
-        return ToRadiance(dst, src, n, coefficients[p].data(), polyOrder[p], backgroundImage[p].data(),
-                          invTransmission);
+    // The preset's own image, set by the last Update only when its
+    // calibration has one: an image left from an earlier one is not used.
+    if (double* image = radianceParams[p].backgroundImage)
+        return ToRadiance(dst, src, n, coefficients[p].data(), polyOrder[p], image, invTransmission);
     return ToRadiance(dst, src, n, coefficients[p].data(), polyOrder[p], background[p], invTransmission);
 }
 
 bool CUserConverter::Radiance(STypedData dst, STypedData src, const unsigned int* indices, unsigned int n,
                               unsigned char p)
 {
-    if (usesBackgroundImage && !backgroundImage[p].empty())
-        return ToRadiance(dst, src, indices, n, coefficients[p].data(), polyOrder[p], backgroundImage[p].data(),
-                          invTransmission);
+    if (double* image = radianceParams[p].backgroundImage)
+        return ToRadiance(dst, src, indices, n, coefficients[p].data(), polyOrder[p], image, invTransmission);
     return ToRadiance(dst, src, indices, n, coefficients[p].data(), polyOrder[p], background[p], invTransmission);
 }
 
@@ -250,8 +287,12 @@ bool CUserConverter::UpdateAllLUTs(float** luts, unsigned char** statuses)
         if (presetActive[i] && !UpdateLUT(i)) return false;
     const unsigned char first = firstActivePreset;
     if (!UpdateLUT(first)) return false;
-    for (int i = 0; i < 8; ++i) {
-        const int k = presetActive[i] ? i : first;
+    // The look-up kernel takes the table by the pixel's preset byte as it
+    // stands, so every byte value gets one: that of its low three bits, as
+    // the direct path reads them, and an inactive preset the first active
+    // preset's.
+    for (int i = 0; i < kPresetTables; ++i) {
+        const int k = presetActive[i & 7] ? (i & 7) : first;
         luts[i] = lut[k];
         statuses[i] = lutStatus[k];
     }
@@ -284,6 +325,7 @@ bool CUserConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char*
         if (!UpdateLUT(p)) return false;
         return ApplyLUT(src, dst, status, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(n)) return false;
     ClearStatus(status, n);
     if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, n, p);
     if (!Radiance(dst, src, n, p)) return false;
@@ -296,11 +338,12 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
 {
     if (BadTypes(src, dst)) return false;
     if (UseLUT()) {
-        float* luts[8];
-        unsigned char* statuses[8];
+        float* luts[kPresetTables];
+        unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
         return ApplyLUT(src, presetIndex, dst, status, n, luts, statuses, kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(n)) return false;
     ClearStatus(status, n);
     return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, n, presetActive);
 }
@@ -314,6 +357,7 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned int* indices, u
         if (!UpdateLUT(p)) return false;
         return ApplyLUT(src, dst, status, indices, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(usesBackgroundImage ? RegionEnd(indices, n) : 0)) return false;
     ClearStatus(status, n);
     if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, indices, n, p);
     if (!Radiance(dst, src, indices, n, p)) return false;
@@ -327,11 +371,12 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
 {
     if (BadTypes(src, dst)) return false;
     if (UseLUT()) {
-        float* luts[8];
-        unsigned char* statuses[8];
+        float* luts[kPresetTables];
+        unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
         return ApplyLUT(src, presetIndex, dst, status, indices, n, luts, statuses, kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(usesBackgroundImage ? RegionEnd(indices, n) : 0)) return false;
     ClearStatus(status, n);
     return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, indices, n, presetActive);
 }
@@ -347,6 +392,7 @@ bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned
         if (!UpdateLUT(p)) return false;
         return ApplyLUT(src, dst, status, width, height, area, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(RegionEnd(width, area))) return false;
     ClearStatus(status, CalcNumPixels(width, height, area));
     return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, area);
 }
@@ -356,11 +402,12 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
 {
     if (BadTypes(src, dst)) return false;
     if (UseLUT()) {
-        float* luts[8];
-        unsigned char* statuses[8];
+        float* luts[kPresetTables];
+        unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
         return ApplyLUT(src, presetIndex, dst, status, width, height, area, luts, statuses, kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(RegionEnd(width, area))) return false;
     ClearStatus(status, CalcNumPixels(width, height, area));
     return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, area, presetActive);
 }
@@ -374,6 +421,7 @@ bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned
         if (!UpdateLUT(p)) return false;
         return ApplyLUT(src, dst, status, width, height, lines, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(RegionEnd(width, lines))) return false;
     ClearStatus(status, CalcNumPixels(width, height, lines));
     return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, lines);
 }
@@ -384,11 +432,12 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
 {
     if (BadTypes(src, dst)) return false;
     if (UseLUT()) {
-        float* luts[8];
-        unsigned char* statuses[8];
+        float* luts[kPresetTables];
+        unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
         return ApplyLUT(src, presetIndex, dst, status, width, height, lines, luts, statuses, kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(RegionEnd(width, lines))) return false;
     ClearStatus(status, CalcNumPixels(width, height, lines));
     return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, lines, presetActive);
 }
@@ -404,6 +453,7 @@ bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned
         return ApplyLUT(src, dst, status, width, height, area, mask, maskWidth, lut[p], lutStatus[p], kLUTLow,
                         kLUTHigh);
     }
+    if (!BackgroundCovers(RegionEnd(width, area))) return false;
     ClearStatus(status, CalcNumPixels(width, height, area, mask, maskWidth));
     return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, area, mask, maskWidth);
 }
@@ -414,12 +464,13 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
 {
     if (BadTypes(src, dst)) return false;
     if (UseLUT()) {
-        float* luts[8];
-        unsigned char* statuses[8];
+        float* luts[kPresetTables];
+        unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
         return ApplyLUT(src, presetIndex, dst, status, width, height, area, mask, maskWidth, luts, statuses,
                         kLUTLow, kLUTHigh);
     }
+    if (!BackgroundCovers(RegionEnd(width, area))) return false;
     ClearStatus(status, CalcNumPixels(width, height, area, mask, maskWidth));
     return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, area, mask, maskWidth,
                            presetActive);

@@ -105,10 +105,16 @@ public:
     SCommonParams commonParams;
 
 private:
+    // Entries of the table arrays handed to the per-pixel preset look-up: one
+    // per value of a preset byte.
+    static constexpr int kPresetTables = 256;
     bool UseLUT() { return baseUnit == unitCounts && canUseLUT(); }
-    // Tables of all active presets, for the per-pixel preset forms; inactive
-    // slots point at the first active preset's table.
+    // Tables of all active presets, for the per-pixel preset forms, in
+    // arrays of kPresetTables entries.
     bool UpdateAllLUTs(float** luts, unsigned char** statuses);
+    // Whether the per-pixel backgrounds in use reach flat index end - 1: a
+    // frame larger than the recording's would read past them.
+    bool BackgroundCovers(size_t end) const;
     // The temperature step over all presets alike: table, else polynomial,
     // else Planck, decided by what every active preset has.
     bool TemperatureStep(STypedData dst, STypedData src, unsigned int n, unsigned char p);

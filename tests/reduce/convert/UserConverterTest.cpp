@@ -40,81 +40,155 @@ struct SRecording {
     STypedData src() { return STypedData(frame.data(), dtUInt16); }
 };
 
-} // namespace
+// The region forms of the context, each with and without a preset index
+// array. Each gives the call and, worked out here by plain loops, the flat
+// indices of the pixels it yields in output order.
+enum class ERegion { frame, rect, lines, mask, indices };
+constexpr ERegion kRegions[] = {ERegion::frame, ERegion::rect, ERegion::lines, ERegion::mask, ERegion::indices};
 
-// A whole frame, a rectangle, scan lines, a mask and an index list, in Celsius
-// and Kelvin, by each temperature method, against the formulas; then with a
-// new emissivity.
-TEST(UserConverter, EndToEndTemperatureThroughTheContext)
+const char* RegionName(ERegion r)
 {
-    for (EMethod method : kMethods) {
-        for (ETempType scale : {tempCelsius, tempKelvin}) {
-            SRecording rec(method);
-            CConvertContext ctx;
-            ctx.setReduceObjs(&rec.objs);
-            ASSERT_TRUE(ctx.SetUnit(ParseUnit("Temperature (User)"), scale));
-            ASSERT_EQ(ctx.converter()->name(), CString("UserConverter"));
-            bool presets[1] = {true};
-            ASSERT_TRUE(ctx.Update(presets, 1, 0));
-            ASSERT_TRUE(ctx.converter()->canUseLUT());
+    switch (r) {
+    case ERegion::frame: return "frame";
+    case ERegion::rect: return "rectangle";
+    case ERegion::lines: return "scan lines";
+    case ERegion::mask: return "mask";
+    default: return "index list";
+    }
+}
 
-            double emissivity = 0.95f, scaleFactor = 1.0 / double(0.8f);
-            auto expected = [&](size_t flat) {
-                return rec.cal.Expected(rec.frame[flat], method, emissivity, scaleFactor, scale);
-            };
+struct SRegion {
+    static constexpr unsigned kStride = 50; // the mask's own row stride
+    const SArea area{3, 5, 7, 12};           // rows 3..7, columns 5..12
+    const SArea maskArea{10, 10, 20, 25};
+    const TArray<SScanLine> lines{{9, 30, 33}, {2, 0, 1}, {9, 4, 4}, {kH - 1, kW - 2, kW - 1}};
+    const std::vector<unsigned> indices{kW * kH - 1, 0, 640, 640, 17};
+    std::vector<unsigned char> mask = std::vector<unsigned char>(size_t(kStride) * kH, 0);
+    std::vector<unsigned char> presetIndex = std::vector<unsigned char>(size_t(kW) * kH, 0);
 
-            std::vector<float> out(rec.frame.size(), -1.0f);
-            std::vector<unsigned char> status(rec.frame.size(), 9);
-            ASSERT_TRUE(ctx.Convert(rec.src(), STypedData(out.data(), dtFlt32), status.data(), unsigned(out.size())));
-            for (size_t i = 0; i < out.size(); ++i) {
-                ExpectClose(out[i], expected(i), "frame", i);
-                EXPECT_EQ(status[i], 0);
-            }
+    SRegion()
+    {
+        for (unsigned y = 0; y < kH; ++y)
+            for (unsigned x = 0; x < kStride; ++x) mask[y * kStride + x] = (x + y) % 3 == 0;
+    }
 
-            const SArea area{3, 5, 7, 12}; // rows 3..7, columns 5..12
-            std::vector<size_t> rectFlat;
-            for (unsigned y = 3; y <= 7; ++y)
-                for (unsigned x = 5; x <= 12; ++x) rectFlat.push_back(y * kW + x);
-            std::vector<float> part(rectFlat.size());
-            ASSERT_TRUE(ctx.Convert(rec.src(), kW, kH, area, STypedData(part.data(), dtFlt32), nullptr));
-            for (size_t i = 0; i < part.size(); ++i) ExpectClose(part[i], expected(rectFlat[i]), "rect", i);
+    std::vector<size_t> Flat(ERegion r) const
+    {
+        std::vector<size_t> flat;
+        switch (r) {
+        case ERegion::frame:
+            for (size_t i = 0; i < size_t(kW) * kH; ++i) flat.push_back(i);
+            break;
+        case ERegion::rect:
+            for (unsigned y = area.top; y <= area.bottom; ++y)
+                for (unsigned x = area.left; x <= area.right; ++x) flat.push_back(size_t(y) * kW + x);
+            break;
+        case ERegion::lines:
+            for (const SScanLine& l : lines)
+                for (unsigned x = l.first; x <= l.last; ++x) flat.push_back(size_t(l.row) * kW + x);
+            break;
+        case ERegion::mask:
+            for (unsigned y = maskArea.top; y <= maskArea.bottom; ++y)
+                for (unsigned x = maskArea.left; x <= maskArea.right; ++x)
+                    if (mask[y * kStride + x]) flat.push_back(size_t(y) * kW + x);
+            break;
+        case ERegion::indices:
+            flat.assign(indices.begin(), indices.end());
+            break;
+        }
+        return flat;
+    }
 
-            TArray<SScanLine> lines{{9, 30, 33}, {2, 0, 1}, {9, 4, 4}};
-            const size_t lineFlat[] = {9 * kW + 30, 9 * kW + 31, 9 * kW + 32, 9 * kW + 33, 2 * kW, 2 * kW + 1, 9 * kW + 4};
-            part.assign(7, 0.0f);
-            ASSERT_TRUE(ctx.Convert(rec.src(), kW, kH, lines, STypedData(part.data(), dtFlt32), nullptr));
-            for (size_t i = 0; i < 7; ++i) ExpectClose(part[i], expected(lineFlat[i]), "lines", i);
-
-            // A mask of its own stride, a diagonal band.
-            const unsigned stride = 50;
-            std::vector<unsigned char> mask(stride * kH, 0);
-            std::vector<size_t> maskFlat;
-            for (unsigned y = 10; y <= 20; ++y)
-                for (unsigned x = 10; x <= 25; ++x)
-                    if ((x + y) % 3 == 0) {
-                        mask[y * stride + x] = 1;
-                        maskFlat.push_back(y * kW + x);
-                    }
-            part.assign(maskFlat.size(), 0.0f);
-            ASSERT_TRUE(ctx.Convert(rec.src(), kW, kH, SArea{10, 10, 20, 25}, mask.data(), stride,
-                                    STypedData(part.data(), dtFlt32), nullptr));
-            for (size_t i = 0; i < part.size(); ++i) ExpectClose(part[i], expected(maskFlat[i]), "mask", i);
-
-            const unsigned indices[] = {1199, 0, 640, 640, 17};
-            part.assign(5, 0.0f);
-            ASSERT_TRUE(ctx.Convert(rec.src(), indices, 5, STypedData(part.data(), dtFlt32), nullptr));
-            for (size_t i = 0; i < 5; ++i) ExpectClose(part[i], expected(indices[i]), "indices", i);
-
-            // New emissivity: the tables are rebuilt without an Update.
-            CObjectParametersReduceObject changed;
-            changed.emissivity = 0.8f;
-            changed.estAtmosphericTransmission = 0.8f;
-            ASSERT_TRUE(ctx.ChangeObjectParameters(&changed));
-            emissivity = 0.8f;
-            ASSERT_TRUE(ctx.Convert(rec.src(), STypedData(out.data(), dtFlt32), nullptr, unsigned(out.size())));
-            for (size_t i = 0; i < out.size(); ++i) ExpectClose(out[i], expected(i), "new emissivity", i);
+    bool Convert(CConvertContext& ctx, ERegion r, bool withPresets, STypedData src, STypedData dst,
+                 unsigned char* status) const
+    {
+        const unsigned char* p = presetIndex.data();
+        const unsigned n = unsigned(indices.size());
+        switch (r) {
+        case ERegion::frame:
+            return withPresets ? ctx.Convert(src, p, dst, status, unsigned(kW) * kH)
+                               : ctx.Convert(src, dst, status, unsigned(kW) * kH);
+        case ERegion::rect:
+            return withPresets ? ctx.Convert(src, p, kW, kH, area, dst, status)
+                               : ctx.Convert(src, kW, kH, area, dst, status);
+        case ERegion::lines:
+            return withPresets ? ctx.Convert(src, p, kW, kH, lines, dst, status)
+                               : ctx.Convert(src, kW, kH, lines, dst, status);
+        case ERegion::mask:
+            return withPresets ? ctx.Convert(src, p, kW, kH, maskArea, mask.data(), kStride, dst, status)
+                               : ctx.Convert(src, kW, kH, maskArea, mask.data(), kStride, dst, status);
+        default:
+            return withPresets ? ctx.Convert(src, p, indices.data(), n, dst, status)
+                               : ctx.Convert(src, indices.data(), n, dst, status);
         }
     }
+};
+
+} // namespace
+
+// Counts to "Temperature (User)" through the context, by each temperature
+// method, in each scale, on the table path and on the direct path (a
+// per-pixel background forces it; the order 2 polynomial does not read it),
+// for every region form with and without per-pixel presets, against the
+// formulas evaluated here; then the same after a new emissivity and
+// transmission, which take effect without an Update.
+TEST(UserConverter, EndToEndTemperatureThroughTheContext)
+{
+    const SRegion regions;
+    for (EMethod method : kMethods)
+        for (ETempType scale : {tempCelsius, tempKelvin, tempFahrenheit, tempRankine})
+            for (bool direct : {false, true}) {
+                SRecording rec(method);
+                if (direct) {
+                    TArray<double> image;
+                    for (unsigned i = 0; i < unsigned(kW) * kH; ++i) image.add(50.0 + i % 13);
+                    ASSERT_TRUE(AddCalibration(rec.objs)->rcal.SetBackgroundImage(0, kW, kH, image));
+                }
+                CConvertContext ctx;
+                ctx.setReduceObjs(&rec.objs);
+                ASSERT_TRUE(ctx.SetUnit(ParseUnit("Temperature (User)"), scale));
+                ASSERT_EQ(ctx.converter()->name(), CString("UserConverter"));
+                bool presets[1] = {true};
+                ASSERT_TRUE(ctx.Update(presets, 1, 0));
+                ASSERT_EQ(ctx.converter()->canUseLUT(), !direct);
+
+                double emissivity = double(0.95f), transmission = double(0.8f);
+                for (int phase = 0; phase < 2; ++phase) {
+                    if (phase == 1) {
+                        CObjectParametersReduceObject changed;
+                        changed.emissivity = 0.8f;
+                        changed.estAtmosphericTransmission = 0.5f;
+                        ASSERT_TRUE(ctx.ChangeObjectParameters(&changed));
+                        emissivity = double(0.8f);
+                        transmission = 0.5;
+                    }
+                    for (ERegion r : kRegions)
+                        for (bool withPresets : {false, true}) {
+                            SCOPED_TRACE(testing::Message()
+                                         << "method " << int(method) << ", scale " << int(scale)
+                                         << (direct ? ", direct" : ", table") << ", phase " << phase << ", "
+                                         << RegionName(r) << (withPresets ? " with presets" : ""));
+                            const std::vector<size_t> flat = regions.Flat(r);
+                            // One element more than the region yields: it must stay as it was.
+                            std::vector<float> out(flat.size() + 1, -1.0f);
+                            std::vector<unsigned char> status(flat.size() + 1, 9);
+                            ASSERT_TRUE(regions.Convert(ctx, r, withPresets, rec.src(),
+                                                        STypedData(out.data(), dtFlt32), status.data()));
+                            size_t bad = 0, first = 0;
+                            for (size_t i = 0; i < flat.size(); ++i) {
+                                const double expected =
+                                    rec.cal.Expected(rec.frame[flat[i]], method, emissivity, 1.0 / transmission, scale);
+                                if (!(std::fabs(out[i] - expected) <= 2e-5 * std::fabs(expected) + 2e-4) ||
+                                    status[i] != 0)
+                                    if (bad++ == 0) first = i;
+                            }
+                            EXPECT_EQ(bad, 0u) << "first at output element " << first << " (pixel " << flat[first]
+                                               << "): " << out[first] << ", status " << int(status[first]);
+                            EXPECT_EQ(out.back(), -1.0f);
+                            EXPECT_EQ(status.back(), 9);
+                        }
+                }
+            }
 }
 
 // The direct path (a per-pixel background forces it) gives the formulas too,
@@ -177,6 +251,26 @@ TEST(UserConverter, PerPixelBackgroundTakesTheDirectPath)
     // A range of counts has no position for the image.
     float range[4];
     EXPECT_FALSE(user->SignalToOutput(100, 103, range, nullptr, 0));
+
+    // Pixels beyond the recording's frame have no background: refused
+    // before anything is written, in every form.
+    f[0] = -3.0f;
+    const unsigned outside[] = {0, unsigned(n)};
+    EXPECT_FALSE(ctx.Convert(rec.src(), STypedData(f.data(), dtFlt32), nullptr, unsigned(n) + 1));
+    EXPECT_FALSE(ctx.Convert(rec.src(), outside, 2, STypedData(f.data(), dtFlt32), nullptr));
+    EXPECT_FALSE(ctx.Convert(rec.src(), presetIndex.data(), outside, 2, STypedData(f.data(), dtFlt32), nullptr));
+    EXPECT_FALSE(user->BaseToOutput(rec.src(), kW + 1, kH, SArea{kH - 1, 0, kH - 1, kW}, STypedData(f.data(), dtFlt32),
+                                    nullptr));
+    EXPECT_EQ(f[0], -3.0f);
+    // So are regions outside the frame, by the context, also on the table path.
+    EXPECT_FALSE(ctx.Convert(rec.src(), kW, kH, SArea{0, 0, kH, 0}, STypedData(f.data(), dtFlt32), nullptr));
+    EXPECT_FALSE(ctx.Convert(rec.src(), kW, kH, TArray<SScanLine>{{0, 0, kW}}, STypedData(f.data(), dtFlt32), nullptr));
+    EXPECT_EQ(f[0], -3.0f);
+    // A rectangle with its columns crossed is empty: true, and no status
+    // byte is cleared.
+    status.assign(n, 7);
+    EXPECT_TRUE(ctx.Convert(rec.src(), kW, kH, SArea{0, 5, 2, 4}, STypedData(f.data(), dtFlt32), status.data()));
+    EXPECT_EQ(status[0], 7);
 }
 
 TEST(UserConverter, UpdateReadsBackgroundsOnceAndDegradesToZero)
@@ -287,12 +381,16 @@ TEST(UserConverter, MixedPresetsShareOneTemperatureMethod)
     EXPECT_FALSE(user.allHaveLookup);
     EXPECT_TRUE(user.allHaveCoefficients);
 
-    unsigned short frame[4] = {3000, 3000, 9000, 12000};
-    unsigned char presetIndex[4] = {0, 1, 1, 0};
-    float out[4];
-    ASSERT_TRUE(user.BaseToOutput(STypedData(frame, dtUInt16), presetIndex, STypedData(out, dtFlt32), nullptr, 4));
-    for (int i = 0; i < 4; ++i) {
-        const SUserCal& cal = presetIndex[i] ? b : a;
+    // Preset bytes are read by their low three bits, as the direct path's
+    // kernels read them; so 9 is preset 1 and 255 preset 7, which is not
+    // active and takes the first active preset's table.
+    unsigned short frame[6] = {3000, 3000, 9000, 12000, 9000, 9000};
+    unsigned char presetIndex[6] = {0, 1, 1, 0, 9, 255};
+    const bool isB[6] = {false, true, true, false, true, false};
+    float out[6];
+    ASSERT_TRUE(user.BaseToOutput(STypedData(frame, dtUInt16), presetIndex, STypedData(out, dtFlt32), nullptr, 6));
+    for (int i = 0; i < 6; ++i) {
+        const SUserCal& cal = isB[i] ? b : a;
         ExpectClose(out[i], cal.Expected(frame[i], EMethod::coefficients, 1.0, 1.0, tempCelsius), "mixed", size_t(i));
     }
     // Types above 9 are refused before anything is written.
