@@ -6,6 +6,7 @@
 
 #include "orv/ConvertArray.h"
 #include "orv/Math.h"
+#include "orv/ValueConvert.h"
 #include "reduce/convert/TemperatureScale.h"
 
 namespace orv::reduce {
@@ -64,7 +65,9 @@ bool IConverter::SignalToOutput(unsigned short signal, float& out, unsigned char
 bool IConverter::OutputToSignal(float in, unsigned short& signal, unsigned char& status, unsigned char)
 {
     if (baseUnit != unitCounts || outputUnit != unitCounts) return false;
-    signal = static_cast<unsigned short>(in);
+    // The element conversion rule: defined for negative, huge and NaN
+    // values too, where a plain cast is not.
+    signal = ConvertValue<unsigned short>(in);
     status = 0;
     return true;
 }

@@ -86,6 +86,10 @@ TEST(IConverter, UpdateAndIdentityValueForms)
     unsigned short signal = 0;
     ASSERT_TRUE(c.OutputToSignal(99.9f, signal, st, 0));
     EXPECT_EQ(signal, 99);
+    ASSERT_TRUE(c.OutputToSignal(-1.5f, signal, st, 0)); // truncated, then the low 16 bits
+    EXPECT_EQ(signal, 65535);
+    ASSERT_TRUE(c.OutputToSignal(1e30f, signal, st, 0)); // defined, whatever it gives
+    ASSERT_TRUE(c.OutputToSignal(std::nanf(""), signal, st, 0));
     float range[3] = {-1, -1, -1};
     unsigned char status[3] = {9, 9, 9};
     ASSERT_TRUE(c.SignalToOutput(10, 9, range, status, 0)); // empty range: nothing written
