@@ -184,6 +184,13 @@ bool CNormFile::Load(IFileSystem* fs, const CString& path)
         Clear();
         return false;
     }
+    // A replacement names a pixel of the table; the correction reads frames
+    // there without a check, so one beyond the table is refused here.
+    for (uint32_t replacement : m_replacements)
+        if (replacement >= n) {
+            Clear();
+            return false;
+        }
     m_type = static_cast<int>(type);
     m_width = width;
     m_height = height;

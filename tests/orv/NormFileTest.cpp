@@ -146,6 +146,17 @@ TEST(NormFile, DamagedFilesAreRefused)
 
     tmp.Write(good);
     EXPECT_TRUE(f.Load(fileSystem(), tmp.name()));
+
+    // A replacement must name a pixel of the table: 3 is the last of 2 x 2,
+    // 4 lies beyond it, with every CRC right.
+    const uint8_t bad[4] = {0, 1, 0, 0};
+    uint32_t replacements[4] = {0, 3, 2, 3};
+    ASSERT_TRUE(CNormFile::SaveBadPixelTable(fileSystem(), tmp.name(), 2, 2, 0, bad, replacements));
+    EXPECT_TRUE(f.Load(fileSystem(), tmp.name()));
+    replacements[1] = 4;
+    ASSERT_TRUE(CNormFile::SaveBadPixelTable(fileSystem(), tmp.name(), 2, 2, 0, bad, replacements));
+    EXPECT_FALSE(f.Load(fileSystem(), tmp.name()));
+    EXPECT_EQ(f.GetBadPixels().replacements, nullptr);
 }
 
 } // namespace
