@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "fuzz/FuzzInput.h"
+#include "reduce/objects/CorrectionReduceObject.h"
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/ReduceObjectFactory.h"
 
@@ -30,6 +31,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz::CInput input(reader.data(), reader.size());
     TSharedPtr<IReduceObject> object = reduceObjectFactory().CreateByName(name);
     if (!object || !object->Load(input.Open(), version, flags)) return 0;
+
+    // The correction reads frames at the replacement indices unchecked.
+    if (auto* correction = dynamic_cast<CCorrectionReduceObject*>(object.get()); correction && correction->replacements) {
+        const uint64_t pixels = uint64_t(correction->width) * correction->height;
+        for (uint64_t i = 0; i < pixels; ++i)
+            if (correction->replacements[i] >= pixels) {
+                std::fprintf(stderr, "Correction: replacement %u of pixel %llu is outside the table\n",
+                             correction->replacements[i], (unsigned long long)i);
+                std::abort();
+            }
+    }
 
     TSharedPtr<IReduceObject> copy = object->Duplicate();
     unsigned int crc = 0;

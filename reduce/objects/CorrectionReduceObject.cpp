@@ -250,6 +250,10 @@ bool CCorrectionReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVers
     if ((mask & planeBadPixels) && badPixels) {
         if (!ReadPlane(*file, badPixels, n)) return false;
         if (!ReadPlane(*file, replacements, n * sizeof(uint32_t))) return false;
+        // A replacement names a pixel of the table; the correction reads
+        // frames there without a check, so one beyond the table is refused.
+        for (uint64_t i = 0; i < n; ++i)
+            if (replacements[i] >= n) return false;
     }
     if (fileVersion <= 0x10000) {
         planes = mask;

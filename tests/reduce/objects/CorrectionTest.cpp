@@ -201,6 +201,13 @@ TEST(Correction, CorruptPayloadsAreRefused)
     WriteAt<uint32_t>(bad, 12, 0xFFFFFFFFu);
     EXPECT_FALSE(loads(bad));
     EXPECT_FALSE(loads({}));
+    // Replacements name pixels of the 3 x 2 table: 5 is its last, 6 beyond it.
+    const size_t replacementsAt = 32 + 7 * 6;
+    bad = good;
+    WriteAt<uint32_t>(bad, replacementsAt, 5);
+    EXPECT_TRUE(loads(bad));
+    WriteAt<uint32_t>(bad, replacementsAt, 6);
+    EXPECT_FALSE(loads(bad));
 }
 
 // A private folder for table files, removed with its files afterwards.
