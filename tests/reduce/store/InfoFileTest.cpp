@@ -375,30 +375,25 @@ TEST_F(InfoFileTest, TruncationInsideHeadersFailsInsidePayloadsDoesNot)
 {
     std::vector<uint8_t> bytes = MixedFile();
     const size_t payloadBlock = 77 + 78 + 81 + 93 + 87;
-    // Cut inside the last block's header: blocks before it stay listed.
-    {
-        SMemFile m(std::vector<uint8_t>(bytes.begin(), bytes.begin() + payloadBlock + 40));
+    // Cut inside the last block's header: false, blocks before it stay listed.
+    // Cut inside the last payload: its Load fails and the object is dropped,
+    // but the walk is true.
+    const struct {
+        size_t length;
+        bool ok;
+        size_t blocks, objects;
+    } cuts[] = {{payloadBlock + 40, false, 4, 1}, {bytes.size() - 3, true, 5, 1}};
+    for (const auto& c : cuts) {
+        SCOPED_TRACE(c.length);
+        SMemFile m(std::vector<uint8_t>(bytes.begin(), bytes.begin() + static_cast<long>(c.length)));
         CReduceObjectArray objects;
         TArray<SInfoFileBlock> blocks;
-        EXPECT_FALSE(LoadInfoFile(m.file, objects, blocks, 0));
-        EXPECT_EQ(blocks.size(), 4u);
-        EXPECT_EQ(objects.GetSize(), 1u);
+        EXPECT_EQ(LoadInfoFile(m.file, objects, blocks, 0), c.ok);
+        EXPECT_EQ(blocks.size(), c.blocks);
+        EXPECT_EQ(objects.GetSize(), c.objects);
         m.mem->SeekToBegin();
-        EXPECT_FALSE(ScanInfoFile(m.file, blocks, 0));
-        EXPECT_EQ(blocks.size(), 4u);
-    }
-    // Cut inside the last payload: its Load fails, the object is dropped, the
-    // result is true; the scan is true too.
-    {
-        SMemFile m(std::vector<uint8_t>(bytes.begin(), bytes.end() - 3));
-        CReduceObjectArray objects;
-        TArray<SInfoFileBlock> blocks;
-        EXPECT_TRUE(LoadInfoFile(m.file, objects, blocks, 0));
-        EXPECT_EQ(blocks.size(), 5u);
-        EXPECT_EQ(objects.GetSize(), 1u);
-        m.mem->SeekToBegin();
-        EXPECT_TRUE(ScanInfoFile(m.file, blocks, 0));
-        EXPECT_EQ(blocks.size(), 5u);
+        EXPECT_EQ(ScanInfoFile(m.file, blocks, 0), c.ok);
+        EXPECT_EQ(blocks.size(), c.blocks);
     }
 }
 
