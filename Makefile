@@ -41,7 +41,7 @@ demo: configure
 # target runs FUZZ_SECONDS on a copy of its corpus; crashes, hangs (10 s),
 # leaks and out-of-memory stop it and leave the input in $(BUILD_FUZZ)/fuzz-findings.
 # Target and the largest input worth trying, in bytes:
-FUZZ_TARGETS = fuzz_info_file:16384 fuzz_reduce_object:8192 fuzz_recording:16384 fuzz_frame_filter:4096 \
+FUZZ_TARGETS = fuzz_info_file:16384 fuzz_reduce_object:8192 fuzz_recording:16384 fuzz_convert:16384 fuzz_frame_filter:4096 \
                fuzz_rcal_file:8192 fuzz_xml_file:8192 fuzz_norm_file:4096 fuzz_jpeg:8192 \
                fuzz_deinterlace:1024 fuzz_text:256
 fuzz: deps

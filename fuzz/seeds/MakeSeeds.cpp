@@ -14,6 +14,9 @@
 #include "orv/PixelType.h"
 #include "orv/RCalFile.h"
 #include "orv/XMLFile.h"
+#include "reduce/objects/CorrectionCfgReduceObject.h"
+#include "reduce/objects/CorrectionReduceObject.h"
+#include "reduce/objects/RCalReduceObject.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/PixelsHeader.h"
@@ -82,9 +85,37 @@ void InfoFilesAndObjects()
 }
 
 // A small recording: source info, then a "Pixels" block and three frames.
-Bytes Recording(SGuid pixelType, unsigned bytesPerPixel, bool oldHeader)
+// A user calibration of three presets, one per temperature step.
+CRCalFile Calibration()
+{
+    CRCalFile cal;
+    cal.SetBandpass(7.5, 13.0);
+    cal.SetCoefficients(0, 2, TArray<double>{1.0e-3, 3.5e-7, 2.0e-12});
+    cal.SetLookup(0, TArray<double>{0.0015, 0.0035, 0.0080}, TArray<double>{-45.0, 21.0, 110.0});
+    cal.SetBackgroundValue(0, 12.5);
+    cal.SetCoefficients(1, 1, TArray<double>{0.5, 2.0e-6});
+    cal.SetTempCoefficients(1, 2, TArray<double>{-62.0, 16500.0, -2.1e5});
+    cal.SetBackgroundImage(1, 2, 2, TArray<double>{1.0, 2.0, 3.0, 4.0});
+    cal.SetCoefficients(2, -1, TArray<double>{0.25, 1.5});
+    return cal;
+}
+
+Bytes Recording(SGuid pixelType, unsigned bytesPerPixel, bool oldHeader, bool calibrated = false)
 {
     CReduceObjectArray objects;
+    if (calibrated) {
+        auto cal = objects.GetObjectOfType(CRCalReduceObject::typeID, -1, true).DynamicCast<CRCalReduceObject>();
+        cal->valid = true;
+        cal->rcal = Calibration();
+        auto correction = objects.GetCorrection(0, true);
+        correction->Create(8, 4, 0, 7);
+        correction->valid = true;
+        correction->gains[3] = 1.5f;
+        correction->offsets[5] = -20;
+        correction->badPixels[6] = 1;
+        correction->replacements[6] = 7;
+        objects.GetCorrectionCfg(true)->valid = true;
+    }
     TSharedPtr<CSourceInfoReduceObject> info = objects.GetSourceInfo(true);
     info->valid = true;
     info->pixelType = pixelType;
@@ -132,6 +163,8 @@ void Recordings()
     Write("fuzz_recording", "grayscale", Recording(pixelGrayscale, 2, false));
     Write("fuzz_recording", "rgb", Recording(pixelRGB, 3, false));
     Write("fuzz_recording", "yuv-old-header", Recording(pixelYUV, 2, true));
+    Write("fuzz_convert", "counts", Recording(pixelGrayscale, 2, false));
+    Write("fuzz_convert", "calibrated", Recording(pixelGrayscale, 2, false, true));
 }
 
 void Frames()
@@ -151,15 +184,7 @@ void Frames()
 
 void Calibrations()
 {
-    CRCalFile cal;
-    cal.SetBandpass(7.5, 13.0);
-    cal.SetCoefficients(0, 2, TArray<double>{1.0e-3, 3.5e-7, 2.0e-12});
-    cal.SetLookup(0, TArray<double>{0.0015, 0.0035, 0.0080}, TArray<double>{-45.0, 21.0, 110.0});
-    cal.SetBackgroundValue(0, 12.5);
-    cal.SetCoefficients(1, 1, TArray<double>{0.5, 2.0e-6});
-    cal.SetTempCoefficients(1, 2, TArray<double>{-62.0, 16500.0, -2.1e5});
-    cal.SetBackgroundImage(1, 2, 2, TArray<double>{1.0, 2.0, 3.0, 4.0});
-    cal.SetCoefficients(2, -1, TArray<double>{0.25, 1.5});
+    CRCalFile cal = Calibration();
 
     const CString text = cal.ToXML();
     const std::string xml(text.c_str(), text.length());
