@@ -102,16 +102,12 @@ TEST(FilterFactory, HeaderIdentifiersAnswerToTheirFilter)
     factory.Register<CStubB>("Generic", {pixelGrayscale, pixelRGB, pixelYUV});
     EXPECT_TRUE(factory.GetPixelTypeHandler(guidTLKRVHdr) == "TLK-RV");
     EXPECT_TRUE(dynamic_cast<CStubA*>(factory.CreateForPixelType(guidTLKRVHdr).get()) != nullptr);
-    // Base types are not consulted: a grayscale-derived type is not generic.
-    EXPECT_TRUE(IsPixelBaseType(guidF7M0, pixelGrayscale));
-    EXPECT_FALSE(factory.IsPixelTypeHandled(guidF7M0));
 }
 
 TEST(FilterFactory, BuiltinFiltersInListOrder)
 {
     CFilterFactory* factory = filterFactory();
     ASSERT_NE(factory, nullptr);
-    EXPECT_EQ(factory, filterFactory());
 
     // Plug-ins may come first; the built-in ones follow in list order, the
     // generic filter last.
@@ -141,6 +137,7 @@ TEST(FilterFactory, BuiltinFiltersInListOrder)
     EXPECT_FALSE(factory->CreateForPixelType(guidMJPG));
     EXPECT_TRUE(factory->GetPixelTypeHandler(guidMJPG).empty());
     EXPECT_FALSE(factory->CreateForPixelType(SGuid{}));
+    // Base types are not consulted: a grayscale-derived type is not generic.
     EXPECT_FALSE(factory->IsPixelTypeHandled(guidF7M0));
     EXPECT_FALSE(factory->IsPixelTypeHandled(pixelRGB48));
 }
@@ -264,22 +261,4 @@ TEST(FilterContract, DefaultOperations)
     const unsigned char expected[8] = {1, 2, 3, 4, 0, 0, 0, 0};
     EXPECT_EQ(std::memcmp(out, expected, 8), 0);
 
-    bool triggered = true;
-    uint16_t position = 5;
-    EXPECT_TRUE(plain.CheckForTrigger(frame, 6, pixelGrayscale, 3, 1, 0, 0, triggered, position));
-    EXPECT_FALSE(triggered);
-    EXPECT_EQ(position, 0);
-
-    EXPECT_EQ(plain.FrameCounterMaxValue(pixelGrayscale), 65535u);
-    TArray<CString> fields{"x"};
-    EXPECT_FALSE(plain.GetTriggerFields(pixelGrayscale, fields));
-    EXPECT_EQ(fields.size(), 0u);
-    SGuid header = typeX;
-    uint32_t headerSize = 5;
-    EXPECT_FALSE(plain.GetHeaderInfo(pixelGrayscale, 1, 1, 0, header, headerSize));
-    EXPECT_TRUE(header.isEmpty());
-    EXPECT_EQ(headerSize, 0u);
-    uint32_t configSize = 5;
-    EXPECT_FALSE(plain.GetConfigSize(pixelGrayscale, configSize));
-    EXPECT_EQ(configSize, 0u);
 }

@@ -121,20 +121,13 @@ TEST(AdjustFrameData, YUVColours)
     std::vector<unsigned char> out(4 * 3, 0);
     ASSERT_TRUE(AdjustFrameData(out.data(), src, 4, 1, pixelYUV, SRect(), 0, 0, false, false, false));
     const SPixel expected[4] = {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}, {255, 52, 51}};
-    for (int x = 0; x < 4; ++x) {
-        const SPixel p = PixelAt(out, 4, 0, x);
-        EXPECT_EQ(p.r, expected[x].r) << x;
-        EXPECT_EQ(p.g, expected[x].g) << x;
-        EXPECT_EQ(p.b, expected[x].b) << x;
-    }
     // Mirrored, the row reads backwards: the Y1 pixel of each pair first.
     std::vector<unsigned char> mirrored(4 * 3, 0);
     AdjustFrameData(mirrored.data(), src, 4, 1, pixelYUV, SRect(), 0, 0, false, true, false);
     for (int x = 0; x < 4; ++x) {
-        const SPixel p = PixelAt(mirrored, 4, 0, x);
-        EXPECT_EQ(p.r, expected[3 - x].r) << x;
-        EXPECT_EQ(p.g, expected[3 - x].g) << x;
-        EXPECT_EQ(p.b, expected[3 - x].b) << x;
+        const SPixel p = PixelAt(out, 4, 0, x), m = PixelAt(mirrored, 4, 0, 3 - x), e = expected[x];
+        EXPECT_TRUE(p.r == e.r && p.g == e.g && p.b == e.b) << x << ": " << p.r << "," << p.g << "," << p.b;
+        EXPECT_TRUE(m.r == e.r && m.g == e.g && m.b == e.b) << "mirrored " << x;
     }
 }
 
