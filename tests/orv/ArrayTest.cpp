@@ -125,20 +125,6 @@ TEST(TArray, InsertAndRemoveShift)
     EXPECT_EQ(a[1], 2);
     EXPECT_EQ(a.find(2), 1);
     EXPECT_EQ(a.find(42), -1);
-
-    // The same with strings, which are moved element by element.
-    TArray<CString> s;
-    for (const char* t : {"b", "d"}) s.add(CString(t));
-    s.insert(0, CString("a"));
-    s.insert(2, CString("c"));
-    s.insert(4, CString("e"));
-    ASSERT_EQ(s.size(), 5u);
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(s[i], CString(std::string(1, char('a' + i))));
-    s.remove(1);
-    s.remove(0);
-    ASSERT_EQ(s.size(), 3u);
-    EXPECT_TRUE(s[0].Equals("c"));
-    EXPECT_TRUE(s[2].Equals("e"));
 }
 
 TEST(TArray, ElementsAreConstructedAndDestroyedExactlyOnce)

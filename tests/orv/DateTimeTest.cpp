@@ -33,32 +33,13 @@ std::string Text(const CDateTime& t, const char* format = nullptr) { return t.Fo
 
 TEST(DateTime, TicksAndCalendar)
 {
-    EXPECT_EQ(CDateTime::kUnixEpochTicks, 116444736000000000);
-    EXPECT_EQ(At(1970, 1, 1).ticks(), CDateTime::kUnixEpochTicks);
+    EXPECT_EQ(At(1970, 1, 1).ticks(), 116444736000000000);
     EXPECT_EQ(At(2024, 3, 4, 13, 45, 7, 1234567).ticks(), kTicks20240304);
     EXPECT_EQ(At(2000, 2, 29, 23, 59, 59, 9999999).ticks(), kTicks20000229);
     EXPECT_EQ(At(9999, 12, 31, 23, 59, 59, 9999999).ticks(), kTicks99991231);
     EXPECT_EQ(At(1, 1, 1).ticks(), kTicks00010101);
 
-    CDateTime empty;
-    EXPECT_TRUE(empty.IsEmpty());
-    SDateTime e = empty.ToStruct();
-    EXPECT_EQ(e.year, 1601);
-    EXPECT_EQ(e.month, 1);
-    EXPECT_EQ(e.day, 1);
-    EXPECT_EQ(e.dayOfYear, 1);
-    EXPECT_EQ(e.dayOfWeek, 1); // a Monday
-
-    SDateTime s = CDateTime::FromTicks(kTicks20240304).ToStruct();
-    EXPECT_EQ(s.year, 2024);
-    EXPECT_EQ(s.month, 3);
-    EXPECT_EQ(s.day, 4);
-    EXPECT_EQ(s.hour, 13);
-    EXPECT_EQ(s.minute, 45);
-    EXPECT_EQ(s.second, 7);
-    EXPECT_EQ(s.ticks, 1234567);
-    EXPECT_EQ(s.dayOfYear, 64);
-    EXPECT_EQ(s.dayOfWeek, 1);
+    EXPECT_TRUE(CDateTime().IsEmpty());
 
     // Leap years, and what is refused.
     EXPECT_TRUE(CDateTime::IsLeapYear(2000));
@@ -75,11 +56,8 @@ TEST(DateTime, TicksAndCalendar)
     EXPECT_FALSE(t.SetYMDHMS(0, 1, 1, 0, 0, 0));
     EXPECT_EQ(t.ticks(), 42);
 
+    // Ordinary days are checked against the C library below; here the ends.
     int month = 0, day = 0;
-    EXPECT_TRUE(CDateTime::GetDayInMonth(month, day, 2024, 60));
-    EXPECT_EQ(month * 100 + day, 229);
-    EXPECT_TRUE(CDateTime::GetDayInMonth(month, day, 2023, 60));
-    EXPECT_EQ(month * 100 + day, 301);
     EXPECT_TRUE(CDateTime::GetDayInMonth(month, day, 2024, 366));
     EXPECT_EQ(month * 100 + day, 1231);
     EXPECT_FALSE(CDateTime::GetDayInMonth(month, day, 2023, 366));

@@ -19,15 +19,11 @@ void Collect(const char* line, void* context) { static_cast<SCapture*>(context)-
 TEST(CLog, SinkReceivesFormattedLines)
 {
     orv::CLog& log = orv::logger();
-    EXPECT_EQ(&log, &orv::logger());
     SCapture capture;
     orv::CLog::Sink previous = log.SetSink(&Collect, &capture);
     log.Write("factory: cannot register \"%s\" (%d)", "Name", 3);
     log.Write("%s", "");
     EXPECT_EQ(log.SetSink(previous, nullptr), &Collect);
-    testing::internal::CaptureStderr();
-    log.Write("not captured");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "not captured\n");
     ASSERT_EQ(capture.lines.size(), 2u);
     EXPECT_EQ(capture.lines[0], "factory: cannot register \"Name\" (3)");
     EXPECT_EQ(capture.lines[1], "");

@@ -214,36 +214,22 @@ TEST(StringHelpers, StrCpyNeverPassesTheLimit)
         return true;
     };
 
-    reset();
-    orv::StrCpy(buffer, "0123456789", 8);
-    EXPECT_STREQ(buffer, "0123456");
-    EXPECT_TRUE(guardIntact(8));
-
-    reset();
-    orv::StrCpy(buffer, "abc", 8);
-    EXPECT_STREQ(buffer, "abc");
-    EXPECT_TRUE(guardIntact(4));
-
-    reset();
-    orv::StrCpy(buffer, "1234567", 8); // exactly fits with its terminator
-    EXPECT_STREQ(buffer, "1234567");
-    EXPECT_TRUE(guardIntact(8));
-
-    reset();
-    orv::StrCpy(buffer, "abc", 1);
-    EXPECT_EQ(buffer[0], '\0');
-    EXPECT_TRUE(guardIntact(1));
-
-    reset();
-    orv::StrCpy(buffer, "abc", 0); // no room at all: nothing written
-    EXPECT_TRUE(guardIntact(0));
-    orv::StrCpy(buffer, "abc", -5);
-    EXPECT_TRUE(guardIntact(0));
-
-    reset();
-    orv::StrCpy(buffer, nullptr, 8);
-    EXPECT_EQ(buffer[0], '\0');
-    EXPECT_TRUE(guardIntact(1));
+    // A limit of 0 or less leaves no room at all: nothing is written.
+    const struct {
+        const char* source;
+        int limit;
+        const char* result; // null: nothing written
+        int guardFrom;
+    } cases[] = {{"0123456789", 8, "0123456", 8}, {"abc", 8, "abc", 4}, {"1234567", 8, "1234567", 8},
+                 {"abc", 1, "", 1},               {"abc", 0, nullptr, 0}, {"abc", -5, nullptr, 0},
+                 {nullptr, 8, "", 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << (c.source ? c.source : "(null)") << " limit " << c.limit);
+        reset();
+        orv::StrCpy(buffer, c.source, c.limit);
+        if (c.result) EXPECT_STREQ(buffer, c.result);
+        EXPECT_TRUE(guardIntact(c.guardFrom));
+    }
 
     char* dup = orv::orvStrDup("copy me");
     ASSERT_NE(dup, nullptr);
