@@ -205,20 +205,9 @@ TEST(FrameInfo, DuplicatesOfPerFrameObjects)
     h.version = 0x30000;
     auto hd = h.Duplicate().DynamicCast<CFrameHeaderReduceObject>();
     ASSERT_TRUE(hd);
-    EXPECT_EQ(hd->version, 0x30000u); // a header's copy keeps the version
     EXPECT_TRUE(hd->headerType == h.headerType);
     ASSERT_EQ(hd->data.size(), 2u);
     EXPECT_EQ(hd->data[1], 2);
-    h.frame = 5;
-    h.valid = true;
-    h.persist = true;
-    h.Default();
-    EXPECT_EQ(h.frame, ~uint64_t(0));
-    EXPECT_EQ(h.preset, 0xFF);
-    EXPECT_FALSE(h.persist);
-    EXPECT_FALSE(h.valid);
-    EXPECT_EQ(h.version, 0x10000u);
-    EXPECT_EQ(h.data.size(), 0u);
 
     CBrennicFrameInfoReduceObject b;
     for (unsigned i = 0; i < CBrennicFrameInfoReduceObject::kBufferSize; ++i) b.data[i] = static_cast<uint8_t>(i + 1);

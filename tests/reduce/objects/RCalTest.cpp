@@ -6,11 +6,15 @@
 #include "reduce/objects/CorrectionReduceObject.h"
 #include "reduce/objects/CorvaneCameraInfoReduceObject.h"
 #include "reduce/objects/CorvaneFactoryCalReduceObject.h"
+#include "reduce/objects/FOVReduceObject.h"
 #include "reduce/objects/MarloweFactoryCalReduceObject.h"
 #include "reduce/objects/OmbriaCameraInfoReduceObject.h"
+#include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/objects/OmbriaFactoryCalReduceObject.h"
 #include "reduce/objects/RCalReduceObject.h"
+#include "reduce/objects/SourceInfoReduceObject.h"
 #include "reduce/objects/TesselFactoryCalReduceObject.h"
+#include "reduce/objects/WorkspaceReduceObject.h"
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/ReduceObjectArray.h"
 #include "tests/reduce/objects/MemFile.h"
@@ -109,6 +113,24 @@ TEST(PersistedObjects, SurviveAnInfoFile)
     omCal->calib.F = 1.25f;
     objects.add(omCal);
 
+    auto source = TSharedPtr<CSourceInfoReduceObject>(new CSourceInfoReduceObject);
+    source->camera = "Round Trip";
+    source->presets[2].numFrames = 12;
+    objects.add(source);
+
+    auto parameters = TSharedPtr<CObjectParametersReduceObject>(new CObjectParametersReduceObject);
+    parameters->emissivity = 0.5f;
+    objects.add(parameters);
+
+    auto fov = TSharedPtr<CFOVReduceObject>(new CFOVReduceObject);
+    fov->valid = true; // carried by the block header, not the payload
+    fov->iHFov = 30.0;
+    objects.add(fov);
+
+    auto workspace = TSharedPtr<CWorkspaceReduceObject>(new CWorkspaceReduceObject);
+    workspace->workspace = "layout";
+    objects.add(workspace);
+
     SMemFile file;
     ASSERT_TRUE(SaveInfoFile(file.file, objects));
     file.Rewind();
@@ -121,6 +143,7 @@ TEST(PersistedObjects, SurviveAnInfoFile)
         ASSERT_TRUE(b);
         EXPECT_STREQ(a->GetName(), b->GetName());
         EXPECT_EQ(a->preset, b->preset);
+        EXPECT_EQ(a->valid, b->valid) << a->GetName();
         EXPECT_EQ(Payload(*a), Payload(*b)) << a->GetName();
     }
     EXPECT_EQ(loaded.GetCorrection(1, false)->replacements[0], 7u);

@@ -3,13 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "reduce/objects/ColorPalReduceObject.h"
 #include "reduce/objects/FOVReduceObject.h"
-#include "reduce/objects/ObjectParametersReduceObject.h"
-#include "reduce/objects/SourceInfoReduceObject.h"
-#include "reduce/objects/WorkspaceReduceObject.h"
-#include "reduce/store/InfoFile.h"
-#include "reduce/store/ReduceObjectArray.h"
 #include "reduce/store/ReduceObjectFactory.h"
 #include "tests/reduce/objects/MemFile.h"
 
@@ -114,69 +108,6 @@ TEST(Registration, SecondRegistrationOfANameFails)
     TArray<CString> after;
     reduceObjectFactory().GetNames(after);
     EXPECT_EQ(after.size(), before.size());
-}
-
-template <class T>
-TSharedPtr<T> Get(CReduceObjectArray& objects, bool create)
-{
-    return objects.GetObjectOfType(T::typeID, -1, create).template DynamicCast<T>();
-}
-
-TEST(InfoFile, PersistedObjectsRoundTrip)
-{
-    CReduceObjectArray objects;
-    auto source = Get<CSourceInfoReduceObject>(objects, true);
-    ASSERT_TRUE(source);
-    source->camera = "Round Trip";
-    source->imageWidth = 320;
-    source->presets[2].numFrames = 12;
-    auto parameters = Get<CObjectParametersReduceObject>(objects, true);
-    ASSERT_TRUE(parameters);
-    parameters->emissivity = 0.5f;
-    auto fov = Get<CFOVReduceObject>(objects, true);
-    ASSERT_TRUE(fov);
-    fov->valid = true;
-    fov->iHFov = 30.0;
-    auto workspace = reduceObjectFactory().CreateByName("Workspace").DynamicCast<CWorkspaceReduceObject>();
-    ASSERT_TRUE(workspace);
-    workspace->workspace = "layout";
-    objects.add(workspace);
-
-    test::SMemFile f;
-    ASSERT_TRUE(SaveInfoFile(f.file, objects, 0));
-    f.Rewind();
-    CReduceObjectArray back;
-    TArray<SInfoFileBlock> blocks;
-    ASSERT_TRUE(LoadInfoFile(f.file, back, blocks, 0));
-    ASSERT_EQ(back.GetSize(), 4u);
-    EXPECT_EQ(blocks.size(), 4u);
-
-    auto s = Get<CSourceInfoReduceObject>(back, false);
-    ASSERT_TRUE(s);
-    EXPECT_STREQ(s->camera.c_str(), "Round Trip");
-    EXPECT_EQ(s->imageWidth, 320);
-    EXPECT_EQ(s->presets[2].numFrames, 12u);
-    auto p = Get<CObjectParametersReduceObject>(back, false);
-    ASSERT_TRUE(p);
-    EXPECT_EQ(p->emissivity, 0.5f);
-    auto v = Get<CFOVReduceObject>(back, false);
-    ASSERT_TRUE(v);
-    EXPECT_TRUE(v->valid);
-    EXPECT_EQ(v->iHFov, 30.0);
-    auto w = back.GetObjectByName("workspace", -1, false).DynamicCast<CWorkspaceReduceObject>();
-    ASSERT_TRUE(w);
-    EXPECT_STREQ(w->workspace.c_str(), "layout");
-
-    // A palette persists by default but has no payload writer: the
-    // application clears persist before saving.
-    auto palette = reduceObjectFactory().CreateByName("ColorPal");
-    ASSERT_TRUE(palette);
-    objects.add(palette);
-    test::SMemFile g;
-    EXPECT_FALSE(SaveInfoFile(g.file, objects, 0));
-    palette->persist = false;
-    test::SMemFile h;
-    EXPECT_TRUE(SaveInfoFile(h.file, objects, 0));
 }
 
 } // namespace
