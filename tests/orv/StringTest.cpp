@@ -227,7 +227,9 @@ TEST(StringHelpers, StrCpyNeverPassesTheLimit)
         SCOPED_TRACE(testing::Message() << (c.source ? c.source : "(null)") << " limit " << c.limit);
         reset();
         orv::StrCpy(buffer, c.source, c.limit);
-        if (c.result) EXPECT_STREQ(buffer, c.result);
+        if (c.result) {
+            EXPECT_STREQ(buffer, c.result);
+        }
         EXPECT_TRUE(guardIntact(c.guardFrom));
     }
 

@@ -78,8 +78,11 @@ void ExpectSamePayload(CSourceInfoReduceObject& a, CSourceInfoReduceObject& b, s
 {
     const std::vector<uint8_t> x = SavedRecord(a), y = SavedRecord(b);
     ASSERT_EQ(x.size(), y.size());
-    for (size_t i = 8; i < 1024 + presetBytes; ++i)
-        if (i != 464) ASSERT_EQ(x[i], y[i]) << "byte " << i;
+    for (size_t i = 8; i < 1024 + presetBytes; ++i) {
+        if (i != 464) {
+            ASSERT_EQ(x[i], y[i]) << "byte " << i;
+        }
+    }
 }
 
 TEST(SourceInfo, ConstructionAndDefault)
