@@ -39,6 +39,14 @@ void CopyParameterGroup(const CObjectParametersReduceObject& from, CObjectParame
     to.relativeHumidity = from.relativeHumidity;
 }
 
+// The kernels trust the correction tables: they must cover the n pixels, and
+// with bad pixels replaced describe exactly this frame, since a replacement
+// may name any pixel of the table and is read from the frame.
+bool TablesFit(const CCorrectionReduceObject& c, bool replaces, unsigned int n)
+{
+    return replaces ? c.pixelCount() == n : c.pixelCount() >= n;
+}
+
 TSharedPtr<CObjectParametersReduceObject> ParametersOf(CReduceObjectArray& objs)
 {
     return objs.GetObjectOfType(CObjectParametersReduceObject::typeID, -1, true)
@@ -146,8 +154,7 @@ bool CConvertContext::ApplyNUC(STypedData src, STypedData dst, unsigned int n, S
         }
         map = c->replacements;
     }
-    // The kernel trusts its tables to cover the frame.
-    if (c->pixelCount() < n) return false;
+    if (!TablesFit(*c, map != nullptr, n)) return false;
     orv::reduce::ApplyNUC(dst, src, n, gains, offsets, map, cfg.clip, cfg.lowLimit, cfg.highLimit);
     result = dst;
     return true;
@@ -175,8 +182,8 @@ bool CConvertContext::Abate(const STypedData* frames, unsigned int n, STypedData
     for (int i = 0; i < 8; ++i) {
         const CCorrectionReduceObject* c = m_corrections[i].get();
         if (!c) continue;
-        // The kernel trusts the tables to cover the frame.
-        if ((cfg.applyGainOffset || cfg.applyBadPixels) && c->pixelCount() < n) return false;
+        if ((cfg.applyGainOffset || cfg.applyBadPixels) && !TablesFit(*c, cfg.applyBadPixels && c->replacements, n))
+            return false;
         if (cfg.applyGainOffset) {
             gains[i] = c->gains;
             offsets[i] = c->offsets;

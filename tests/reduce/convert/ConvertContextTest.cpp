@@ -194,10 +194,20 @@ TEST(ConvertContext, ApplyNUCFollowsTheSwitches)
     EXPECT_EQ(dst[0], 1000);
     EXPECT_EQ(dst[3], 2000);
 
-    // A frame larger than the correction's tables is refused.
+    // A frame larger than the correction's tables is refused; so is a
+    // smaller one while bad pixels are replaced, as pixel 3's stand-in need
+    // not lie in it. Gain and offset alone correct the pixels there are.
     unsigned short big[5] = {}, bigOut[5] = {7, 7, 7, 7, 7};
     EXPECT_FALSE(ctx.ApplyNUC(STypedData(big, dtUInt16), STypedData(bigOut, dtUInt16), 5, result));
     EXPECT_EQ(bigOut[0], 7);
+    cfg->applyGainOffset = true;
+    c->replacements[0] = 3;
+    EXPECT_FALSE(ctx.ApplyNUC(STypedData(src, dtUInt16), STypedData(bigOut, dtUInt16), 2, result));
+    EXPECT_EQ(bigOut[0], 7);
+    cfg->applyBadPixels = false;
+    ASSERT_TRUE(ctx.ApplyNUC(STypedData(src, dtUInt16), STypedData(bigOut, dtUInt16), 2, result));
+    EXPECT_EQ(bigOut[0], 1400);
+    EXPECT_EQ(bigOut[2], 7);
 }
 
 TEST(ConvertContext, AbateMergesTheActivePresets)

@@ -17,48 +17,7 @@ using namespace test;
 const uint8_t kFileIDBytes[16] = {0xF6, 0x13, 0x3C, 0x9C, 0x10, 0x1A, 0xC5, 0x49,
                                   0x86, 0xC9, 0xAC, 0xF8, 0xA9, 0x28, 0xDC, 0xC6};
 
-std::string NameAt(const std::vector<uint8_t>& b, size_t offset)
-{
-    return std::string(reinterpret_cast<const char*>(b.data() + offset + blockHeader::name.offset),
-                       strnlen(reinterpret_cast<const char*>(b.data() + offset), blockHeader::name.size));
-}
-
-// The header fields of the block at offset, read through the shared table.
-struct SRawHeader {
-    std::string name;
-    SGuid typeID;
-    uint32_t version;
-    int8_t preset;
-    uint64_t frame;
-    uint32_t flags;
-    uint64_t size;
-    uint32_t crc;
-};
-
-SRawHeader HeaderAt(const std::vector<uint8_t>& b, size_t offset)
-{
-    SRawHeader h;
-    h.name = NameAt(b, offset);
-    h.typeID = ReadAt<SGuid>(b, offset + blockHeader::typeID.offset);
-    h.version = ReadAt<uint32_t>(b, offset + blockHeader::version.offset);
-    h.preset = ReadAt<int8_t>(b, offset + blockHeader::preset.offset);
-    h.frame = ReadAt<uint64_t>(b, offset + blockHeader::frame.offset);
-    h.flags = ReadAt<uint32_t>(b, offset + blockHeader::flags.offset);
-    h.size = ReadAt<uint64_t>(b, offset + blockHeader::size.offset);
-    h.crc = ReadAt<uint32_t>(b, offset + blockHeader::crc.offset);
-    return h;
-}
-
-TSharedPtr<IReduceObject> MakePayload(uint32_t value, const char* text, uint8_t preset, uint64_t frame, bool valid)
-{
-    auto p = new CPayloadObject;
-    p->value = value;
-    p->text = text;
-    p->preset = preset;
-    p->frame = frame;
-    p->valid = valid;
-    return TSharedPtr<IReduceObject>(p);
-}
+constexpr uint64_t kNone = ~uint64_t(0);
 
 class InfoFileTest : public ::testing::Test {
 protected:
@@ -79,21 +38,13 @@ TEST_F(InfoFileTest, HeaderTableAndFileHeaderBytes)
     ASSERT_TRUE(CreateInfoFile(m.file));
     std::vector<uint8_t> b = m.bytes();
     ASSERT_EQ(b.size(), 77u);
-    EXPECT_EQ(0, std::memcmp(b.data(), "VOLK QRT-US File", 17));
-    for (size_t i = 17; i < 32; ++i) EXPECT_EQ(b[i], 0) << i;
+    for (size_t i = 16; i < 32; ++i) EXPECT_EQ(b[i], 0) << i;
     EXPECT_EQ(0, std::memcmp(b.data() + 32, kFileIDBytes, 16));
-    SRawHeader h = HeaderAt(b, 0);
-    EXPECT_EQ(h.typeID, guidFileID);
-    EXPECT_EQ(h.version, 4096u);
-    EXPECT_EQ(b[52], 0xFF);
-    EXPECT_EQ(h.frame, ~uint64_t(0));
-    EXPECT_EQ(h.flags, 0u);
-    EXPECT_EQ(h.size, 0u);
-    EXPECT_EQ(h.crc, 0u);
+    EXPECT_EQ(HeaderAt(b, 0), (SRawHeader{"VOLK QRT-US File", guidFileID, 4096, -1, kNone, 0, 0, 0}));
 
     // A header alone loads as an empty file.
     CReduceObjectArray objects;
-    objects.add(MakePayload(1, "", 0xFF, ~uint64_t(0), true));
+    objects.add(Payload(0xFF, 1));
     TArray<SInfoFileBlock> blocks;
     m.mem->SeekToBegin();
     EXPECT_TRUE(LoadInfoFile(m.file, objects, blocks));
@@ -110,9 +61,9 @@ TEST_F(InfoFileTest, HeaderTableAndFileHeaderBytes)
 TEST_F(InfoFileTest, SaveWritesBlocksByteForByteAndLoadsThemBack)
 {
     CReduceObjectArray objects;
-    objects.add(MakePayload(0xA1B2C3D4, "first", 0xFF, ~uint64_t(0), true));
-    objects.add(MakePayload(7, "second", 3, 1234, false));
-    auto hidden = MakePayload(8, "not persisted", 0xFF, ~uint64_t(0), true);
+    objects.add(Payload(0xFF, 0xA1B2C3D4, true, "first"));
+    objects.add(Payload(3, 7, false, "second", 1234));
+    auto hidden = Payload(0xFF, 8, true, "not persisted");
     hidden->persist = false;
     objects.add(hidden);
 
@@ -123,31 +74,19 @@ TEST_F(InfoFileTest, SaveWritesBlocksByteForByteAndLoadsThemBack)
     const size_t first = 77, firstSize = 4 + 4 + 5, second = first + 77 + firstSize, secondSize = 4 + 4 + 6;
     ASSERT_EQ(b.size(), second + 77 + secondSize);
 
-    SRawHeader h = HeaderAt(b, first);
-    EXPECT_EQ(h.name, "StoreTestPayload");
+    // Flags: bit 1 always, bit 0 for valid.
+    const uint32_t secondCrc = CalcCRC32(0, b.data() + second + 77, secondSize);
+    EXPECT_EQ(HeaderAt(b, first), (SRawHeader{"StoreTestPayload", kPayloadID, 0x10000, -1, kNone, 3, firstSize,
+                                              CalcCRC32(0, b.data() + first + 77, firstSize)}));
     EXPECT_EQ(b[first + 16], 0); // terminator and padding
-    EXPECT_EQ(h.typeID, kPayloadID);
-    EXPECT_EQ(h.version, 0x10000u);
-    EXPECT_EQ(h.preset, -1);
-    EXPECT_EQ(h.frame, ~uint64_t(0));
-    EXPECT_EQ(h.flags, 3u);
-    EXPECT_EQ(h.size, firstSize);
-    EXPECT_EQ(h.crc, CalcCRC32(0, b.data() + first + 77, firstSize));
     EXPECT_EQ(ReadAt<uint32_t>(b, first + 77), 0xA1B2C3D4u);
-
-    h = HeaderAt(b, second);
-    EXPECT_EQ(h.preset, 3);
-    EXPECT_EQ(h.frame, 1234u);
-    EXPECT_EQ(h.flags, 2u);
-    EXPECT_EQ(h.size, secondSize);
-    EXPECT_EQ(h.crc, CalcCRC32(0, b.data() + second + 77, secondSize));
+    EXPECT_EQ(HeaderAt(b, second),
+              (SRawHeader{"StoreTestPayload", kPayloadID, 0x10000, 3, 1234, 2, secondSize, secondCrc}));
 
     // The block written to memory and the one written by InitInfoFileBlock and
     // WriteInfoFileBlock to a file are the bytes SaveInfoFile wrote.
     SInfoFileBlock block;
     ASSERT_TRUE(InitInfoFileBlock(block, objects.GetAt(1)));
-    EXPECT_EQ(block.headerOffset, 0u);
-    EXPECT_EQ(block.dataOffset, 0u);
     uint8_t buffer[77];
     ASSERT_TRUE(WriteInfoFileBlock(buffer, block));
     EXPECT_EQ(0, std::memcmp(buffer, b.data() + second, 77));
@@ -179,7 +118,7 @@ TEST_F(InfoFileTest, SaveWritesBlocksByteForByteAndLoadsThemBack)
     EXPECT_EQ(blocks[0].headerOffset, first);
     EXPECT_EQ(blocks[0].dataOffset, first + 77);
     EXPECT_EQ(blocks[1].headerOffset, second);
-    EXPECT_EQ(blocks[1].crc, h.crc);
+    EXPECT_EQ(blocks[1].crc, secondCrc);
     EXPECT_STREQ(blocks[1].name, "StoreTestPayload");
 
     // A scan gives the same directory.
@@ -197,7 +136,7 @@ TEST_F(InfoFileTest, SaveWritesBlocksByteForByteAndLoadsThemBack)
 TEST_F(InfoFileTest, SaveFailsOnUnsavablePersistedObjectsAndSkipsCorrections)
 {
     CReduceObjectArray objects;
-    objects.add(MakePayload(1, "a", 0xFF, ~uint64_t(0), true));
+    objects.add(Payload(0xFF, 1, true, "a"));
     auto noSave = TSharedPtr<IReduceObject>(new CNoSaveObject);
     objects.add(noSave);
     SMemFile m;
@@ -261,7 +200,7 @@ std::vector<uint8_t> MixedFile()
     WriteInfoFileBlock(m.file, TSharedPtr<IReduceObject>(&fail, noDestroy));
     WriteInfoFileBlock(m.file, TSharedPtr<IReduceObject>(&shortLoad, noDestroy));
     WriteFreeInfoFileBlock(m.file, 10);
-    WriteInfoFileBlock(m.file, MakePayload(0x600D, "last", 2, 5, true));
+    WriteInfoFileBlock(m.file, Payload(2, 0x600D, true, "last", 5));
     return m.bytes();
 }
 
@@ -269,15 +208,7 @@ TEST_F(InfoFileTest, LoadSkipsUnknownTypesFailedLoadsAndFreeBlocks)
 {
     std::vector<uint8_t> bytes = MixedFile();
     const size_t freeBlock = 77 + 78 + 81 + 93;
-    SRawHeader free = HeaderAt(bytes, freeBlock);
-    EXPECT_EQ(free.name, "");
-    EXPECT_TRUE(free.typeID.isEmpty());
-    EXPECT_EQ(free.version, 0u);
-    EXPECT_EQ(free.preset, -1);
-    EXPECT_EQ(free.frame, ~uint64_t(0));
-    EXPECT_EQ(free.flags, 0u);
-    EXPECT_EQ(free.size, 10u);
-    EXPECT_EQ(free.crc, 0u);
+    EXPECT_EQ(HeaderAt(bytes, freeBlock), (SRawHeader{"", SGuid{}, 0, -1, kNone, 0, 10, 0}));
     for (size_t i = 0; i < 10; ++i) EXPECT_EQ(bytes[freeBlock + 77 + i], 0);
 
     SMemFile m(bytes);
@@ -310,7 +241,7 @@ TEST_F(InfoFileTest, FlagEightSkipsCorrectionBlocksWithoutListingThem)
     CLooseObject rcal(kRCalID, "RCal");
     WriteInfoFileBlock(m.file, TSharedPtr<IReduceObject>(&correction, noDestroy));
     WriteInfoFileBlock(m.file, TSharedPtr<IReduceObject>(&rcal, noDestroy));
-    WriteInfoFileBlock(m.file, MakePayload(5, "after", 0xFF, ~uint64_t(0), true));
+    WriteInfoFileBlock(m.file, Payload(0xFF, 5, true, "after"));
 
     CReduceObjectArray objects;
     TArray<SInfoFileBlock> blocks;
@@ -333,7 +264,7 @@ TEST_F(InfoFileTest, BadFileHeadersAreRefusedAndLeaveTheArraysAlone)
 {
     SMemFile good;
     CreateInfoFile(good.file);
-    WriteInfoFileBlock(good.file, MakePayload(1, "x", 0xFF, ~uint64_t(0), true));
+    WriteInfoFileBlock(good.file, Payload(0xFF, 1, true, "x"));
     const std::vector<uint8_t> bytes = good.bytes();
 
     struct SChange {
@@ -351,7 +282,7 @@ TEST_F(InfoFileTest, BadFileHeadersAreRefusedAndLeaveTheArraysAlone)
         b[c.offset] = c.value;
         SMemFile m(b);
         CReduceObjectArray objects;
-        objects.add(MakePayload(77, "keep", 0xFF, ~uint64_t(0), true));
+        objects.add(Payload(0xFF, 77));
         TArray<SInfoFileBlock> blocks;
         blocks.add(SInfoFileBlock{});
         EXPECT_FALSE(LoadInfoFile(m.file, objects, blocks, 0)) << c.what;
@@ -401,17 +332,17 @@ TEST_F(InfoFileTest, SizeAllOnesEndsTheChain)
 {
     SMemFile m;
     CreateInfoFile(m.file);
-    WriteInfoFileBlock(m.file, MakePayload(1, "a", 0xFF, ~uint64_t(0), true));
+    WriteInfoFileBlock(m.file, Payload(0xFF, 1));
     SInfoFileBlock last{};
     StrCpy(last.name, "Tail", sizeof last.name);
     last.typeID = kUnknownID;
     last.preset = -1;
-    last.frame = ~uint64_t(0);
+    last.frame = kNone;
     last.flags = 1;
-    last.size = ~uint64_t(0);
+    last.size = kNone;
     WriteInfoFileBlock(m.file, last);
     // What follows looks like a block but is data.
-    WriteInfoFileBlock(m.file, MakePayload(2, "b", 0xFF, ~uint64_t(0), true));
+    WriteInfoFileBlock(m.file, Payload(0xFF, 2));
     m.mem->WriteZeros(1000);
 
     CReduceObjectArray objects;
@@ -419,7 +350,7 @@ TEST_F(InfoFileTest, SizeAllOnesEndsTheChain)
     m.mem->SeekToBegin();
     ASSERT_TRUE(LoadInfoFile(m.file, objects, blocks, 0));
     ASSERT_EQ(blocks.size(), 2u);
-    EXPECT_EQ(blocks[1].size, ~uint64_t(0));
+    EXPECT_EQ(blocks[1].size, kNone);
     EXPECT_EQ(objects.GetSize(), 1u);
     m.mem->SeekToBegin();
     ASSERT_TRUE(ScanInfoFile(m.file, blocks, 0));
@@ -432,7 +363,7 @@ TEST_F(InfoFileTest, PathFormsOpenReadAndWrite)
     ASSERT_TRUE(mkdtemp(dir));
     CString path = CString(dir) + "/info.qrt";
     CReduceObjectArray objects;
-    objects.add(MakePayload(3, "disk", 1, 2, true));
+    objects.add(Payload(1, 3, true, "disk", 2));
     ASSERT_TRUE(SaveInfoFile(path, objects, 0));
     CReduceObjectArray loaded;
     TArray<SInfoFileBlock> blocks;

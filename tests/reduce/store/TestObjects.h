@@ -2,9 +2,13 @@
 // Small reduce object types of the store tests, registered under test names so
 // that the tests do not depend on the built-in types.
 #include <cstdint>
+#include <cstring>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "orv/File.h"
+#include "reduce/store/InfoFile.h"
 #include "reduce/store/ReduceObjectFactory.h"
 
 namespace orv::reduce::test {
@@ -119,7 +123,33 @@ private:
 };
 
 // Registers the test types once; true when all are in the factory.
-bool RegisterTestTypes();
+inline bool RegisterTestTypes()
+{
+    static const bool registered = [] {
+        CReduceObjectFactory& f = reduceObjectFactory();
+        bool ok = f.Register<CPayloadObject>("StoreTestPayload", kPayloadID);
+        ok = f.Register<CFailLoadObject>("StoreTestFailLoad", kFailLoadID) && ok;
+        ok = f.Register<CNoSaveObject>("StoreTestNoSave", kNoSaveID) && ok;
+        ok = f.Register<CShortLoadObject>("StoreTestShortLoad", kShortLoadID) && ok;
+        return ok;
+    }();
+    return registered;
+}
+
+// A payload object made by the factory, so that it dies through the factory's
+// destroy function.
+inline TSharedPtr<IReduceObject> Payload(uint8_t preset, uint32_t value = 0, bool valid = true, const char* text = "",
+                                         uint64_t frame = ~uint64_t(0))
+{
+    TSharedPtr<IReduceObject> o = reduceObjectFactory().CreateByTypeID(kPayloadID);
+    auto* p = o.DynamicCast<CPayloadObject>().get();
+    p->preset = preset;
+    p->valid = valid;
+    p->value = value;
+    p->text = text;
+    p->frame = frame;
+    return o;
+}
 
 // A growing memory file and an owning shared pointer to it.
 struct SMemFile {
@@ -147,6 +177,38 @@ template <class T>
 void WriteAt(std::vector<uint8_t>& bytes, size_t offset, T value)
 {
     if (offset + sizeof(T) <= bytes.size()) std::memcpy(bytes.data() + offset, &value, sizeof(T));
+}
+
+// The header fields of the block at offset, read through the shared table.
+struct SRawHeader {
+    std::string name;
+    SGuid typeID;
+    uint32_t version;
+    int8_t preset;
+    uint64_t frame;
+    uint32_t flags;
+    uint64_t size;
+    uint32_t crc;
+    bool operator==(const SRawHeader&) const = default;
+};
+
+inline void PrintTo(const SRawHeader& h, std::ostream* os)
+{
+    *os << '"' << h.name << "\" " << GuidToString(h.typeID).c_str() << " version " << h.version << " preset "
+        << int(h.preset) << " frame " << h.frame << " flags " << h.flags << " size " << h.size << " crc " << h.crc;
+}
+
+inline SRawHeader HeaderAt(const std::vector<uint8_t>& b, size_t offset)
+{
+    const auto* name = reinterpret_cast<const char*>(b.data() + offset + blockHeader::name.offset);
+    return {std::string(name, strnlen(name, blockHeader::name.size)),
+            ReadAt<SGuid>(b, offset + blockHeader::typeID.offset),
+            ReadAt<uint32_t>(b, offset + blockHeader::version.offset),
+            ReadAt<int8_t>(b, offset + blockHeader::preset.offset),
+            ReadAt<uint64_t>(b, offset + blockHeader::frame.offset),
+            ReadAt<uint32_t>(b, offset + blockHeader::flags.offset),
+            ReadAt<uint64_t>(b, offset + blockHeader::size.offset),
+            ReadAt<uint32_t>(b, offset + blockHeader::crc.offset)};
 }
 
 } // namespace orv::reduce::test
