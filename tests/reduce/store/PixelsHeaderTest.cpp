@@ -43,36 +43,18 @@ TEST(PixelsHeaderTest, FrameBlockSlots)
 
 TEST(PixelsHeaderTest, WriteAndReadBothForms)
 {
-    SPixelsHeader h{};
-    h.headerSize = 512;
-    h.version = 0x10001;
-    h.dataOffset = 512;
-    h.pixelType = MakeGuid("{6D4A7D67-C5FB-4DE1-9904-E56F067AB126}");
-    h.pixelWidth = 2;
-    h.imageWidth = 640;
-    h.imageHeight = 512;
-    h.frameWidth = 641;
-    h.frameHeight = 513;
-    h.packetWidth = 1282;
-    h.packetHeight = 257;
-    h.numFramesPerPacket = 3;
-    h.packetSize = 1282 * 257 * 2;
-    h.frameStride = h.packetSize;
+    SPixelsHeader h{.headerSize = 512, .version = 0x10001, .dataOffset = 512,
+                    .pixelType = MakeGuid("{6D4A7D67-C5FB-4DE1-9904-E56F067AB126}"), .pixelWidth = 2,
+                    .imageWidth = 640, .imageHeight = 512, .frameWidth = 641, .frameHeight = 513, .packetWidth = 1282,
+                    .packetHeight = 257, .numFramesPerPacket = 3, .packetSize = 1282 * 257 * 2,
+                    .frameStride = 1282 * 257 * 2, .reserved1 = {}, .frameBlocks = {}, .reserved2 = {}};
     h.AddFrameBlock(Entry(1, 24));
 
     SMemFile m;
     ASSERT_TRUE(WritePixelsHeader(m.file, h));
     std::vector<uint8_t> b = m.bytes();
     ASSERT_EQ(b.size(), 77u + 512u);
-    // The block header.
-    EXPECT_EQ(0, std::memcmp(b.data(), "Pixels\0", 7));
-    EXPECT_EQ(ReadAt<SGuid>(b, blockHeader::typeID.offset), guidPixels);
-    EXPECT_EQ(ReadAt<uint32_t>(b, blockHeader::version.offset), 0x10001u);
-    EXPECT_EQ(b[blockHeader::preset.offset], 0xFF);
-    EXPECT_EQ(ReadAt<uint64_t>(b, blockHeader::frame.offset), ~uint64_t(0));
-    EXPECT_EQ(ReadAt<uint32_t>(b, blockHeader::flags.offset), 1u);
-    EXPECT_EQ(ReadAt<uint64_t>(b, blockHeader::size.offset), ~uint64_t(0));
-    EXPECT_EQ(ReadAt<uint32_t>(b, blockHeader::crc.offset), 0u);
+    EXPECT_EQ(HeaderAt(b, 0), (SRawHeader{"Pixels", guidPixels, 0x10001, -1, ~uint64_t(0), 1, ~uint64_t(0), 0}));
     // The 512 bytes at their documented offsets.
     const size_t p = 77;
     EXPECT_EQ(ReadAt<uint32_t>(b, p + 0), 512u);
@@ -104,19 +86,13 @@ TEST(PixelsHeaderTest, WriteAndReadBothForms)
     SPixelsHeader oh;
     std::memset(static_cast<void*>(&oh), 0x77, sizeof oh);
     ASSERT_TRUE(ReadPixelsHeader(o.file, 0x10000, oh));
-    EXPECT_EQ(oh.headerSize, 44u);
-    EXPECT_EQ(oh.version, 0x10000u);
-    EXPECT_EQ(oh.dataOffset, 44u);
-    EXPECT_EQ(oh.pixelType, h.pixelType);
-    EXPECT_EQ(oh.pixelWidth, 2);
-    EXPECT_EQ(oh.imageWidth, 640);
-    EXPECT_EQ(oh.frameHeight, 513);
-    EXPECT_EQ(oh.packetHeight, 257);
-    EXPECT_EQ(oh.numFramesPerPacket, 3);
-    EXPECT_EQ(oh.packetSize, 12345u);
-    EXPECT_EQ(oh.frameStride, 12345u);
-    EXPECT_EQ(oh.frameBlocks[0].size, 0u); // the rest is zero
-    EXPECT_EQ(oh.reserved2[127], 0);
+    // The same fields, the stored size for both sizes, and zero elsewhere.
+    SPixelsHeader expected = h;
+    expected.headerSize = expected.dataOffset = 44;
+    expected.version = 0x10000;
+    expected.packetSize = expected.frameStride = 12345;
+    expected.frameBlocks[0] = SFrameBlockEntry{};
+    EXPECT_EQ(0, std::memcmp(&oh, &expected, sizeof oh));
 
     // Short reads fail and leave the header as it was.
     for (unsigned version : {0x10000u, 0x10001u}) {
