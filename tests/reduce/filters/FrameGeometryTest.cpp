@@ -13,24 +13,23 @@ using namespace orv::reduce;
 TEST(AdjustFrameData, GrayscaleShiftAndMask)
 {
     const uint16_t src[2] = {0x0FFF, 0x8001};
+    // Shifted left by |shift| modulo 32 in 32-bit arithmetic, then masked as
+    // 16 bits: a negative shift also shifts left (intended). Interlacing means
+    // nothing to grayscale.
+    const struct {
+        int shift, mask;
+        bool interlaced;
+        uint16_t first, second;
+    } cases[] = {{2, 0x3FFF, false, 0x3FFC, 0x0004}, {-2, 0x3FFF, false, 0x3FFC, 0x0004},
+                 {0, 65535, true, 0x0FFF, 0x8001}, {33, -1, false, 0x1FFE, 0x0002}, {16, 0x7FFFFFFF, false, 0, 0}};
     uint16_t out[2] = {};
-    ASSERT_TRUE(AdjustFrameData(out, src, 2, 1, pixelGrayscale, SRect(), 2, 0x3FFF, false, false, false));
-    EXPECT_EQ(out[0], 0x3FFC);
-    EXPECT_EQ(out[1], 0x0004);
-    // A negative shift shifts left as well.
-    uint16_t neg[2] = {};
-    AdjustFrameData(neg, src, 2, 1, pixelGrayscale, SRect(), -2, 0x3FFF, false, false, false);
-    EXPECT_EQ(neg[0], 0x3FFC);
-    // Plain copy; interlacing means nothing to grayscale.
-    AdjustFrameData(out, src, 2, 1, pixelGrayscale, SRect(), 0, 65535, true, false, false);
-    EXPECT_EQ(out[0], 0x0FFF);
-    EXPECT_EQ(out[1], 0x8001);
-    // The count is taken modulo 32 in 32-bit arithmetic; the mask as 16 bits.
-    AdjustFrameData(out, src, 2, 1, pixelGrayscale, SRect(), 33, -1, false, false, false);
-    EXPECT_EQ(out[0], 0x1FFE);
-    EXPECT_EQ(out[1], 0x0002);
-    AdjustFrameData(out, src, 2, 1, pixelGrayscale, SRect(), 16, 0x7FFFFFFF, false, false, false);
-    EXPECT_EQ(out[0], 0);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.shift);
+        EXPECT_TRUE(AdjustFrameData(out, src, 2, 1, pixelGrayscale, SRect(), c.shift, c.mask, c.interlaced, false,
+                                    false));
+        EXPECT_EQ(out[0], c.first);
+        EXPECT_EQ(out[1], c.second);
+    }
     // Nothing written for an empty frame or a type of no family.
     out[0] = 0xAAAA;
     EXPECT_TRUE(AdjustFrameData(out, src, 2, 0, pixelGrayscale, SRect(), 0, 65535, false, false, false));
