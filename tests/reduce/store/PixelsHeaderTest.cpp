@@ -110,33 +110,19 @@ TEST(PixelsHeaderTest, WriteAndReadBothForms)
     EXPECT_FALSE(WritePixelsHeader(TSharedPtr<IFile>(&fixed, noDestroy), h));
 }
 
-TEST(PixelsHeaderTest, RecordingScanEndsAtThePixelsBlock)
+TEST(PixelsHeaderTest, StartWritesTheObjectsWithFlag16ThenTheHeader)
 {
     ASSERT_TRUE(RegisterTestTypes());
     CReduceObjectArray objects;
-    auto payload = new CPayloadObject;
-    payload->value = 5;
-    objects.add(TSharedPtr<IReduceObject>(payload));
+    objects.add(Payload(0xFF, 5));
     SPixelsHeader h{};
     h.headerSize = 512;
     SMemFile m;
     ASSERT_TRUE(StartQRTFile(m.file, objects, h));
-    EXPECT_EQ(payload->savedFlags, 16u);
-    // Frame data that happen to look like a block.
-    CLooseObject decoy(kUnknownID, "Decoy");
-    WriteInfoFileBlock(m.file, TSharedPtr<IReduceObject>(&decoy, noDestroy));
-    m.mem->WriteZeros(4096);
-
-    TArray<SInfoFileBlock> blocks;
-    m.mem->SeekToBegin();
-    ASSERT_TRUE(ScanInfoFile(m.file, blocks, 0));
-    ASSERT_EQ(blocks.size(), 2u);
-    EXPECT_STREQ(blocks[1].name, "Pixels");
-    EXPECT_EQ(blocks[1].dataOffset, 77u + (77u + 8u) + 77u);
-    m.mem->Seek(static_cast<long long>(blocks[1].dataOffset), IFile::seekBegin);
-    SPixelsHeader r;
-    ASSERT_TRUE(ReadPixelsHeader(m.file, blocks[1].version, r));
-    EXPECT_EQ(r.headerSize, 512u);
+    EXPECT_EQ(objects.GetAt(0).DynamicCast<CPayloadObject>()->savedFlags, 16u);
+    SMemFile expected;
+    ASSERT_TRUE(SaveInfoFile(expected.file, objects, 16) && WritePixelsHeader(expected.file, h));
+    EXPECT_EQ(m.bytes(), expected.bytes());
 
     // A save that fails fails the start.
     objects.add(TSharedPtr<IReduceObject>(new CNoSaveObject));
