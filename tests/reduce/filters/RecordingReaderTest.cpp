@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
-#include <string>
 #include <vector>
 
 #include "orv/PixelType.h"
@@ -193,28 +191,6 @@ TEST(RecordingReader, FilesThatAreNotRecordings)
     std::memset(rec.mem->data() + strideAt, 0, 4);
     EXPECT_FALSE(reader.Open(rec.file));
     EXPECT_TRUE(Says(reader, "frame size of 0"));
-}
-
-TEST(RecordingReader, OpensByPath)
-{
-    SRecording rec = MakeRecording(2, 2);
-    const std::string path = ::testing::TempDir() + "orvreduce_reader_test.qrt";
-    FILE* out = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(out, nullptr);
-    ASSERT_EQ(std::fwrite(rec.mem->data(), 1, rec.mem->size(), out), rec.mem->size());
-    std::fclose(out);
-
-    CRecordingReader reader;
-    ASSERT_TRUE(reader.Open(CString(path.c_str()))) << reader.lastError().c_str();
-    EXPECT_EQ(reader.numFrames(), 2u);
-    std::vector<uint16_t> frame(kWidth * kHeight);
-    ASSERT_TRUE(reader.ReadFrame(1, frame.data(), kFrameBytes));
-    EXPECT_EQ(frame[3], Value(1, 3));
-    reader.Close();
-    std::remove(path.c_str());
-
-    EXPECT_FALSE(reader.Open(CString(path.c_str())));
-    EXPECT_TRUE(Says(reader, "cannot open"));
 }
 
 TEST(RecordingReader, DamagedBytesNeverBreakTheReader)
