@@ -35,8 +35,9 @@ void ConvertRegions(CConvertContext& context, const std::vector<uint16_t>& count
     for (size_t i = 0; i < 16; ++i) indices.push_back(unsigned(counts[(13 + i) % n] % n));
 
     const STypedData src(const_cast<uint16_t*>(counts.data()), dtUInt16);
-    // Scan lines may repeat a row, so they can yield more than the frame.
-    const size_t room = n + 3 * (size_t(width) + 2);
+    // Scan lines may repeat a row and the index list a pixel, so they can
+    // yield more than the frame.
+    const size_t room = n + 3 * (size_t(width) + 2) + indices.size();
     std::vector<float> out(room);
     std::vector<uint8_t> status(room);
     const STypedData dst(out.data(), dtFlt32);
