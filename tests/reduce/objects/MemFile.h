@@ -4,7 +4,10 @@
 #include <cstring>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "orv/File.h"
+#include "reduce/store/ReduceObject.h"
 
 namespace orv::reduce::test {
 
@@ -23,6 +26,14 @@ struct SMemFile {
     std::vector<uint8_t> bytes() const { return std::vector<uint8_t>(mem->data(), mem->data() + mem->size()); }
     void Rewind() { mem->SeekToBegin(); }
 };
+
+// The payload an object saves, for layout checks and byte-for-byte comparisons.
+inline std::vector<uint8_t> Saved(IReduceObject& object, unsigned flags = 0)
+{
+    SMemFile mem;
+    EXPECT_TRUE(object.Save(mem.file, flags)) << object.GetName();
+    return mem.bytes();
+}
 
 template <class T>
 T ReadAt(const std::vector<uint8_t>& bytes, size_t offset)

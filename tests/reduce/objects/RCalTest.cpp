@@ -24,11 +24,13 @@ namespace {
 
 using test::SMemFile;
 
-std::vector<uint8_t> Payload(IReduceObject& object)
+// A new object of type T, added to the array.
+template <class T>
+T& Add(CReduceObjectArray& objects)
 {
-    SMemFile mem;
-    EXPECT_TRUE(object.Save(mem.file, 0)) << object.GetName();
-    return mem.bytes();
+    auto object = TSharedPtr<T>(new T);
+    objects.add(object);
+    return *object;
 }
 
 TEST(RCalObject, PayloadIsTheCalibrationAndEndsWhereItSays)
@@ -69,67 +71,54 @@ TEST(PersistedObjects, SurviveAnInfoFile)
 {
     CReduceObjectArray objects;
 
-    auto abate = TSharedPtr<CAbateCfgReduceObject>(new CAbateCfgReduceObject);
-    abate->mode = abateLastBrightEnough;
-    abate->lowLimits[3] = 42;
-    objects.add(abate);
+    auto& abate = Add<CAbateCfgReduceObject>(objects);
+    abate.mode = abateLastBrightEnough;
+    abate.lowLimits[3] = 42;
 
-    auto corr = TSharedPtr<CCorrectionReduceObject>(new CCorrectionReduceObject);
-    corr->Create(4, 2, 1, 7);
-    corr->gains[3] = 2.0f;
-    corr->replacements[0] = 7;
-    corr->valid = true;
-    objects.add(corr);
+    auto& corr = Add<CCorrectionReduceObject>(objects);
+    corr.Create(4, 2, 1, 7);
+    corr.gains[3] = 2.0f;
+    corr.replacements[0] = 7;
+    corr.valid = true;
 
-    auto cvInfo = TSharedPtr<CCorvaneCameraInfoReduceObject>(new CCorvaneCameraInfoReduceObject);
-    cvInfo->intValue = 99;
-    cvInfo->flag = true;
-    objects.add(cvInfo);
+    auto& cvInfo = Add<CCorvaneCameraInfoReduceObject>(objects);
+    cvInfo.intValue = 99;
+    cvInfo.flag = true;
 
-    auto cvCal = TSharedPtr<CCorvaneFactoryCalReduceObject>(new CCorvaneFactoryCalReduceObject);
-    cvCal->curveType = 2;
-    cvCal->preset = 3;
-    objects.add(cvCal);
+    auto& cvCal = Add<CCorvaneFactoryCalReduceObject>(objects);
+    cvCal.curveType = 2;
+    cvCal.preset = 3;
 
-    auto tessel = TSharedPtr<CTesselFactoryCalReduceObject>(new CTesselFactoryCalReduceObject);
-    tessel->SetFloat(tesselRecord::B, 1234.5f);
-    objects.add(tessel);
+    auto& tessel = Add<CTesselFactoryCalReduceObject>(objects);
+    tessel.SetFloat(tesselRecord::B, 1234.5f);
 
-    auto marlowe = TSharedPtr<CMarloweFactoryCalReduceObject>(new CMarloweFactoryCalReduceObject);
-    marlowe->rbfR = 3.25;
-    marlowe->CreateLUT(2);
-    marlowe->tableB[1] = 6.0;
-    objects.add(marlowe);
+    auto& marlowe = Add<CMarloweFactoryCalReduceObject>(objects);
+    marlowe.rbfR = 3.25;
+    marlowe.CreateLUT(2);
+    marlowe.tableB[1] = 6.0;
 
-    auto rcal = TSharedPtr<CRCalReduceObject>(new CRCalReduceObject);
-    rcal->rcal.SetCoefficients(0, 0, TArray<double>());
-    objects.add(rcal);
+    auto& rcal = Add<CRCalReduceObject>(objects);
+    rcal.rcal.SetCoefficients(0, 0, TArray<double>());
 
-    auto omInfo = TSharedPtr<COmbriaCameraInfoReduceObject>(new COmbriaCameraInfoReduceObject);
-    omInfo->info[100] = 5;
-    objects.add(omInfo);
+    auto& omInfo = Add<COmbriaCameraInfoReduceObject>(objects);
+    omInfo.info[100] = 5;
 
-    auto omCal = TSharedPtr<COmbriaFactoryCalReduceObject>(new COmbriaFactoryCalReduceObject);
-    omCal->calib.F = 1.25f;
-    objects.add(omCal);
+    auto& omCal = Add<COmbriaFactoryCalReduceObject>(objects);
+    omCal.calib.F = 1.25f;
 
-    auto source = TSharedPtr<CSourceInfoReduceObject>(new CSourceInfoReduceObject);
-    source->camera = "Round Trip";
-    source->presets[2].numFrames = 12;
-    objects.add(source);
+    auto& source = Add<CSourceInfoReduceObject>(objects);
+    source.camera = "Round Trip";
+    source.presets[2].numFrames = 12;
 
-    auto parameters = TSharedPtr<CObjectParametersReduceObject>(new CObjectParametersReduceObject);
-    parameters->emissivity = 0.5f;
-    objects.add(parameters);
+    auto& parameters = Add<CObjectParametersReduceObject>(objects);
+    parameters.emissivity = 0.5f;
 
-    auto fov = TSharedPtr<CFOVReduceObject>(new CFOVReduceObject);
-    fov->valid = true; // carried by the block header, not the payload
-    fov->iHFov = 30.0;
-    objects.add(fov);
+    auto& fov = Add<CFOVReduceObject>(objects);
+    fov.valid = true; // carried by the block header, not the payload
+    fov.iHFov = 30.0;
 
-    auto workspace = TSharedPtr<CWorkspaceReduceObject>(new CWorkspaceReduceObject);
-    workspace->workspace = "layout";
-    objects.add(workspace);
+    auto& workspace = Add<CWorkspaceReduceObject>(objects);
+    workspace.workspace = "layout";
 
     SMemFile file;
     ASSERT_TRUE(SaveInfoFile(file.file, objects));
@@ -144,7 +133,9 @@ TEST(PersistedObjects, SurviveAnInfoFile)
         EXPECT_STREQ(a->GetName(), b->GetName());
         EXPECT_EQ(a->preset, b->preset);
         EXPECT_EQ(a->valid, b->valid) << a->GetName();
-        EXPECT_EQ(Payload(*a), Payload(*b)) << a->GetName();
+        EXPECT_EQ(test::Saved(*a), test::Saved(*b)) << a->GetName();
+        // A copy holds the same payload.
+        EXPECT_EQ(test::Saved(*a->Duplicate()), test::Saved(*a)) << a->GetName();
     }
     EXPECT_EQ(loaded.GetCorrection(1, false)->replacements[0], 7u);
     EXPECT_EQ(loaded.GetAbateCfg(false)->lowLimits[3], 42);
