@@ -8,7 +8,6 @@
 
 #include "orv/NormFile.h"
 #include "reduce/objects/AbateCfgReduceObject.h"
-#include "reduce/objects/CorrectionCfgReduceObject.h"
 #include "reduce/objects/CorrectionReduceObject.h"
 #include "tests/reduce/objects/MemFile.h"
 
@@ -146,24 +145,20 @@ TEST(Correction, PayloadRoundTripStoresSensorOrientation)
     EXPECT_FLOAT_EQ(c.gains[0], flippedFirst);
     EXPECT_TRUE(c.horizontalFlip);
 
+    // Loaded back unflipped: saving it again gives the same bytes.
     CCorrectionReduceObject back;
     back.preset = 4;
     mem.Rewind();
     ASSERT_TRUE(back.Load(mem.file, 0x10001, 0));
     EXPECT_FALSE(back.horizontalFlip);
-    EXPECT_EQ(back.planes, 7);
-    EXPECT_FLOAT_EQ(back.gains[5], 6.0f);
-    EXPECT_EQ(back.offsets[5], 105);
-    EXPECT_EQ(back.badPixels[1], 1);
-    EXPECT_EQ(back.replacements[0], 5u);
+    EXPECT_EQ(test::Saved(back), bytes);
 
     // Old form: typed width, height, mask, then the planes.
     SMemFile old;
     old.file->PutUInt32(2);
     old.file->PutUInt32(1);
     old.file->PutUInt8(CCorrectionReduceObject::planeOffsets);
-    old.file->PutInt16(-3);
-    old.file->PutInt16(9);
+    for (int16_t v : {-3, 9}) old.file->PutInt16(v);
     old.Rewind();
     ASSERT_TRUE(back.Load(old.file, 0x10000, 0));
     EXPECT_EQ(back.planes, 2);
@@ -186,28 +181,26 @@ TEST(Correction, CorruptPayloadsAreRefused)
         return o.Load(f.file, 0x10001, 0);
     };
     EXPECT_TRUE(loads(good));
-    std::vector<uint8_t> bad = good;
-    WriteAt<uint32_t>(bad, 0, 31);
-    EXPECT_FALSE(loads(bad));
-    bad = good;
-    WriteAt<uint32_t>(bad, 4, 0x20000);
-    EXPECT_FALSE(loads(bad));
-    bad = good;
-    bad.resize(bad.size() - 1);
-    EXPECT_FALSE(loads(bad));
-    // A size field far beyond the stream is refused before allocating.
-    bad = good;
-    WriteAt<uint32_t>(bad, 8, 0xFFFFFFFFu);
-    WriteAt<uint32_t>(bad, 12, 0xFFFFFFFFu);
-    EXPECT_FALSE(loads(bad));
-    EXPECT_FALSE(loads({}));
+    for (size_t size : {good.size() - 1, size_t(0)}) {
+        EXPECT_FALSE(loads(std::vector<uint8_t>(good.begin(), good.begin() + static_cast<long>(size)))) << size;
+    }
     // Replacements name pixels of the 3 x 2 table: 5 is its last, 6 beyond it.
     const size_t replacementsAt = 32 + 7 * 6;
-    bad = good;
-    WriteAt<uint32_t>(bad, replacementsAt, 5);
-    EXPECT_TRUE(loads(bad));
-    WriteAt<uint32_t>(bad, replacementsAt, 6);
-    EXPECT_FALSE(loads(bad));
+    const struct {
+        size_t at;
+        uint32_t value;
+        bool loads;
+    } cases[] = {{0, 31, false}, {4, 0x20000, false}, {replacementsAt, 5, true}, {replacementsAt, 6, false}};
+    for (const auto& c : cases) {
+        std::vector<uint8_t> bad = good;
+        WriteAt<uint32_t>(bad, c.at, c.value);
+        EXPECT_EQ(loads(bad), c.loads) << c.at << " " << c.value;
+    }
+    // Sizes far beyond the stream, whose product wraps in 32 bits, are refused before allocating.
+    std::vector<uint8_t> huge = good;
+    WriteAt<uint32_t>(huge, 8, 0xFFFFFFFFu);
+    WriteAt<uint32_t>(huge, 12, 0xFFFFFFFFu);
+    EXPECT_FALSE(loads(huge));
 }
 
 // A private folder for table files, removed with its files afterwards.
@@ -244,12 +237,7 @@ TEST(Correction, TableFilesRoundTrip)
         back.preset = 1;
         ASSERT_TRUE(back.Load(fileSystem(), dir.Name(name))) << name;
         EXPECT_TRUE(back.valid);
-        EXPECT_EQ(back.planes, 7);
-        EXPECT_EQ(back.width, 3u);
-        EXPECT_FLOAT_EQ(back.gains[4], 5.0f);
-        EXPECT_EQ(back.offsets[5], 105);
-        EXPECT_EQ(back.badPixels[3], 1);
-        EXPECT_EQ(back.replacements[2], 0u);
+        EXPECT_EQ(test::Saved(back), test::Saved(c));
     }
 
     // A gain table of another size makes the load fail and leaves the object.
@@ -271,34 +259,17 @@ TEST(Correction, TableFilesRoundTrip)
     EXPECT_EQ(none.planes, 0);
 }
 
-TEST(CorrectionCfg, Defaults)
-{
-    CCorrectionCfgReduceObject cfg;
-    EXPECT_TRUE(cfg.valid);
-    EXPECT_FALSE(cfg.persist);
-    cfg.clip = false;
-    cfg.highLimit = 5;
-    cfg.valid = false;
-    cfg.Default();
-    EXPECT_TRUE(cfg.valid);
-    EXPECT_TRUE(cfg.clip);
-    EXPECT_DOUBLE_EQ(cfg.highLimit, 16383.0);
-}
-
 TEST(AbateCfg, RecordLayoutAndRoundTrip)
 {
     CAbateCfgReduceObject a;
-    EXPECT_TRUE(a.valid);
-    EXPECT_EQ(a.version, 0x20000u);
     a.mode = abateLastBrightEnough;
     for (int i = 0; i < 8; ++i) {
         a.order[i] = static_cast<uint8_t>(7 - i);
         a.lowLimits[i] = static_cast<uint16_t>(100 + i);
         a.highLimits[i] = static_cast<uint16_t>(9000 + i);
     }
-    SMemFile mem;
-    ASSERT_TRUE(a.Save(mem.file, 0));
-    std::vector<uint8_t> b = mem.bytes();
+    SMemFile mem(test::Saved(a));
+    const std::vector<uint8_t> b = mem.bytes();
     ASSERT_EQ(b.size(), 288u);
     EXPECT_EQ(ReadAt<uint32_t>(b, 0), 288u);
     EXPECT_EQ(ReadAt<uint32_t>(b, 4), 0x20000u);
@@ -315,26 +286,19 @@ TEST(AbateCfg, RecordLayoutAndRoundTrip)
     for (size_t i = e + 9; i < e + 32; ++i) EXPECT_EQ(b[i], 0);
 
     CAbateCfgReduceObject back;
-    mem.Rewind();
     ASSERT_TRUE(back.Load(mem.file, 0x20000, 0));
-    SMemFile again;
-    ASSERT_TRUE(back.Save(again.file, 0));
-    EXPECT_EQ(again.bytes(), b);
+    EXPECT_EQ(test::Saved(back), b);
 
     // Save flag 16 marks the source whatever the object holds.
-    SMemFile src;
-    ASSERT_TRUE(a.Save(src.file, CAbateCfgReduceObject::kSaveAsSource));
-    EXPECT_EQ(src.bytes()[8], 1);
+    EXPECT_EQ(test::Saved(a, CAbateCfgReduceObject::kSaveAsSource)[8], 1);
 
-    // Record checks.
-    std::vector<uint8_t> bad = b;
-    WriteAt<uint32_t>(bad, 32 + 7 * 32, 31);
-    SMemFile badFile(bad);
-    EXPECT_FALSE(back.Load(badFile.file, 0x20000, 0));
-    bad = b;
-    bad[10] = 4;
-    SMemFile badCount(bad);
-    EXPECT_FALSE(back.Load(badCount.file, 0x20000, 0));
+    // A bad entry size and an entry count other than 8 are refused.
+    for (size_t at : {size_t(32 + 7 * 32), size_t(10)}) {
+        std::vector<uint8_t> bad = b;
+        bad[at] = at == 10 ? 4 : 31;
+        SMemFile badFile(bad);
+        EXPECT_FALSE(back.Load(badFile.file, 0x20000, 0)) << at;
+    }
 }
 
 TEST(AbateCfg, OlderFormsAndPresetFolding)
@@ -391,11 +355,11 @@ TEST(AbateCfg, OlderFormsAndPresetFolding)
 TEST(AbateSortHelper, FloatAscendingThenDoubleDescending)
 {
     TArray<SAbateSortHelper> items;
-    items.add({0, 2.0f, 1.0});
-    items.add({1, 1.0f, 1.0});
-    items.add({2, 2.0f, 5.0});
-    items.add({3, -1.0f, 0.0});
-    items.add({4, 1.0f, 3.0});
+    for (const SAbateSortHelper& item : {SAbateSortHelper{0, 2.0f, 1.0}, SAbateSortHelper{1, 1.0f, 1.0},
+                                         SAbateSortHelper{2, 2.0f, 5.0}, SAbateSortHelper{3, -1.0f, 0.0},
+                                         SAbateSortHelper{4, 1.0f, 3.0}}) {
+        items.add(item);
+    }
     SAbateSortHelper::Sort(items);
     const uint32_t expected[] = {3, 4, 1, 2, 0};
     for (size_t i = 0; i < 5; ++i) EXPECT_EQ(items[i].item, expected[i]) << i;
