@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 #include <vector>
 
 #include "orv/Bitmap.h"
@@ -24,22 +25,14 @@ void FillConstant(SBitmap& b, unsigned char blue, unsigned char green, unsigned 
         }
 }
 
-uint32_t U32(const std::vector<unsigned char>& f, size_t at)
-{
-    return uint32_t(f[at]) | uint32_t(f[at + 1]) << 8 | uint32_t(f[at + 2]) << 16 | uint32_t(f[at + 3]) << 24;
-}
-uint16_t U16(const std::vector<unsigned char>& f, size_t at) { return uint16_t(f[at] | f[at + 1] << 8); }
-
 } // namespace
 
 TEST(Bitmap, CreateAndDestroy)
 {
     SBitmap b;
     ASSERT_TRUE(CreateBitmap(5, 3, 24, b));
-    EXPECT_EQ(b.width, 5u);
-    EXPECT_EQ(b.height, 3u);
-    EXPECT_EQ(b.bytesPerRow, 16u); // 15 bytes padded to 4
-    EXPECT_EQ(b.bitsPerPixel, 24u);
+    // 15 bytes a row padded to 16.
+    EXPECT_EQ(std::tuple(b.width, b.height, b.bytesPerRow, b.bitsPerPixel), std::tuple(5u, 3u, 16u, 24u));
     ASSERT_NE(b.pixels, nullptr);
     DestroyBitmap(b);
     EXPECT_EQ(b.pixels, nullptr);
@@ -110,8 +103,8 @@ TEST(Bitmap, ResizeHandValuesAndRejects)
     const unsigned char values[3] = {0, 90, 180};
     for (unsigned x = 0; x < 3; ++x) Pixel(row, x, 0)[1] = values[x];
     ASSERT_TRUE(ResizeImage(row, two, 2));
-    EXPECT_EQ(Pixel(two, 0, 0)[1], 30);  // (0 + 90 / 2) / 1.5
-    EXPECT_EQ(Pixel(two, 1, 0)[1], 150); // (90 / 2 + 180) / 1.5
+    // (0 + 90 / 2) / 1.5 and (90 / 2 + 180) / 1.5.
+    EXPECT_EQ(std::tuple(Pixel(two, 0, 0)[1], Pixel(two, 1, 0)[1]), std::tuple(30, 150));
 
     // Bilinear 2 -> 4 samples at -0.25 (clamped), 0.25, 0.75, 1.25 (clamped).
     SBitmap pair, four;
@@ -119,10 +112,8 @@ TEST(Bitmap, ResizeHandValuesAndRejects)
     ASSERT_TRUE(CreateBitmap(4, 1, 24, four));
     Pixel(pair, 1, 0)[2] = 100;
     ASSERT_TRUE(ResizeImage(pair, four, 1));
-    EXPECT_EQ(Pixel(four, 0, 0)[2], 0);
-    EXPECT_EQ(Pixel(four, 1, 0)[2], 25);
-    EXPECT_EQ(Pixel(four, 2, 0)[2], 75);
-    EXPECT_EQ(Pixel(four, 3, 0)[2], 100);
+    EXPECT_EQ(std::tuple(Pixel(four, 0, 0)[2], Pixel(four, 1, 0)[2], Pixel(four, 2, 0)[2], Pixel(four, 3, 0)[2]),
+              std::tuple(0, 25, 75, 100));
 
     // 2 x 2 blocks average exactly.
     SBitmap square, half;
@@ -131,10 +122,8 @@ TEST(Bitmap, ResizeHandValuesAndRejects)
     for (unsigned y = 0; y < 4; ++y)
         for (unsigned x = 0; x < 4; ++x) Pixel(square, x, y)[0] = (unsigned char)(10 * x + 40 * y);
     ASSERT_TRUE(ResizeImage(square, half, 2));
-    EXPECT_EQ(Pixel(half, 0, 0)[0], 25);
-    EXPECT_EQ(Pixel(half, 1, 0)[0], 45);
-    EXPECT_EQ(Pixel(half, 0, 1)[0], 105);
-    EXPECT_EQ(Pixel(half, 1, 1)[0], 125);
+    EXPECT_EQ(std::tuple(Pixel(half, 0, 0)[0], Pixel(half, 1, 0)[0], Pixel(half, 0, 1)[0], Pixel(half, 1, 1)[0]),
+              std::tuple(25, 45, 105, 125));
 
     Pixel(half, 0, 0)[0] = 7;
     EXPECT_FALSE(ResizeImage(square, half, 0));
@@ -164,22 +153,13 @@ TEST(Bitmap, SaveBitmapFileLayout)
     const std::vector<unsigned char> f((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     const size_t rowSize = 16; // 15 bytes and one byte of padding
     ASSERT_EQ(f.size(), 54 + 3 * rowSize);
-    EXPECT_EQ(f[0], 'B');
-    EXPECT_EQ(f[1], 'M');
-    EXPECT_EQ(U32(f, 2), 54 + 3 * rowSize);
-    EXPECT_EQ(U32(f, 6), 0u);
-    EXPECT_EQ(U32(f, 10), 54u);
-    EXPECT_EQ(U32(f, 14), 40u);
-    EXPECT_EQ(U32(f, 18), 5u);
-    EXPECT_EQ(U32(f, 22), 3u); // positive: bottom-up
-    EXPECT_EQ(U16(f, 26), 1);
-    EXPECT_EQ(U16(f, 28), 24);
-    EXPECT_EQ(U32(f, 30), 0u);
-    EXPECT_EQ(U32(f, 34), 3 * rowSize);
-    EXPECT_EQ(U32(f, 38), 2835u);
-    EXPECT_EQ(U32(f, 42), 2835u);
-    EXPECT_EQ(U32(f, 46), 0u);
-    EXPECT_EQ(U32(f, 50), 0u);
+    // File size 102, pixels at 54, 40-byte info header, 5 x 3 with a positive
+    // height (bottom-up), one plane, 24 bits, no compression, 48 bytes of
+    // pixels, 2835 pixels a metre both ways, no palette.
+    const unsigned char header[54] = {'B', 'M', 102, 0, 0, 0, 0, 0, 0, 0, 54, 0, 0, 0, 40, 0, 0, 0,
+                                      5, 0, 0, 0, 3, 0, 0, 0, 1, 0, 24, 0, 0, 0, 0, 0, 48, 0, 0, 0,
+                                      0x13, 0x0B, 0, 0, 0x13, 0x0B, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(std::vector<unsigned char>(f.begin(), f.begin() + 54), std::vector<unsigned char>(header, header + 54));
     for (unsigned fileRow = 0; fileRow < 3; ++fileRow) {
         const unsigned y = 2 - fileRow;
         const size_t at = 54 + fileRow * rowSize;
