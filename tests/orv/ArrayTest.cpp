@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "orv/Array.h"
 #include "orv/String.h"
@@ -30,15 +33,13 @@ struct TCounted {
 using CCopied = TCounted<0>;  // grows by Alloc + copy + Free
 using CBitwise = TCounted<1>; // declared bitwise-movable: grows by Realloc
 
-std::string Message(const std::exception& e) { return e.what(); }
-
 template <class F>
 std::string ThrownMessage(F f)
 {
     try {
         f();
     } catch (const std::out_of_range& e) {
-        return Message(e);
+        return e.what();
     }
     return "(nothing thrown)";
 }
@@ -88,17 +89,15 @@ TEST(TArray, LayoutAndGrowth)
 
 TEST(TArray, CheckedAccessAndRangeMessages)
 {
-    TArray<int> a{1, 2, 3};
-    EXPECT_EQ(ThrownMessage([&] { (void)a[3]; }), "TArray: index out of range.");
+    TArray<int> a{1, 2, 3}, empty;
     const TArray<int>& c = a;
-    EXPECT_EQ(ThrownMessage([&] { (void)c[100]; }), "TArray: index out of range.");
-    EXPECT_EQ(ThrownMessage([&] { a.remove(3); }), "TArray::remove: index out of range.");
-    EXPECT_EQ(ThrownMessage([&] { a.insert(4, 9); }), "TArray::insert: index out of range.");
-    EXPECT_EQ(ThrownMessage([] {
-                  TArray<int> empty;
-                  (void)empty[0];
-              }),
-              "TArray: index out of range.");
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { (void)a[3]; }, "TArray: index out of range."},
+        {[&] { (void)c[100]; }, "TArray: index out of range."},
+        {[&] { (void)empty[0]; }, "TArray: index out of range."},
+        {[&] { a.remove(3); }, "TArray::remove: index out of range."},
+        {[&] { a.insert(4, 9); }, "TArray::insert: index out of range."}};
+    for (const auto& [call, message] : cases) EXPECT_EQ(ThrownMessage(call), message);
     // A refused operation changes nothing.
     ASSERT_EQ(a.size(), 3u);
     EXPECT_EQ(a[0] + a[1] + a[2], 6);
@@ -121,8 +120,7 @@ TEST(TArray, InsertAndRemoveShift)
     a.remove(0);
     a.remove(2); // the last
     ASSERT_EQ(a.size(), 2u);
-    EXPECT_EQ(a[0], 1);
-    EXPECT_EQ(a[1], 2);
+    EXPECT_EQ(std::tuple(a[0], a[1]), std::tuple(1, 2));
     EXPECT_EQ(a.find(2), 1);
     EXPECT_EQ(a.find(42), -1);
 }
@@ -137,9 +135,7 @@ TEST(TArray, ElementsAreConstructedAndDestroyedExactlyOnce)
         a.insert(0, a[10]); // a value that lives inside the array itself
         a.remove(3);
         EXPECT_EQ(CCopied::live, 38);
-        EXPECT_EQ(a[0].value, 9);
-        EXPECT_EQ(a[5].value, -1);
-        EXPECT_EQ(a[6].value, 5);
+        EXPECT_EQ(std::tuple(a[0].value, a[5].value, a[6].value), std::tuple(9, -1, 5));
         EXPECT_THROW(a.insert(100, CCopied(1)), std::out_of_range);
         EXPECT_EQ(CCopied::live, 38);
         a.clear();
@@ -168,27 +164,20 @@ TEST(TArray, BitwiseMovableGrowsByReallocWithoutCopies)
         copied.add(CCopied(i));
         bitwise.add(CBitwise(i));
     }
-    ASSERT_EQ(copied.capacity(), 4u);
-    ASSERT_EQ(bitwise.capacity(), 4u);
+    ASSERT_EQ(std::tuple(copied.capacity(), bitwise.capacity()), std::tuple(4u, 4u));
     CCopied::Reset();
     CBitwise::Reset();
     copied.add(CCopied(4));
     bitwise.add(CBitwise(4));
-    EXPECT_EQ(copied.capacity(), 8u);
-    EXPECT_EQ(bitwise.capacity(), 8u);
+    EXPECT_EQ(std::tuple(copied.capacity(), bitwise.capacity()), std::tuple(8u, 8u));
     EXPECT_EQ(CCopied::constructed - CBitwise::constructed, 4);
     EXPECT_EQ(CCopied::destroyed - CBitwise::destroyed, 4);
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(copied[i].value, i);
-        EXPECT_EQ(bitwise[i].value, i);
-    }
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(copied[i].value == i && bitwise[i].value == i) << i;
     // Insert and remove shift bitwise elements without constructing any.
     CBitwise::Reset();
     bitwise.remove(0);
-    EXPECT_EQ(CBitwise::constructed, 0);
-    EXPECT_EQ(CBitwise::destroyed, 1);
-    EXPECT_EQ(bitwise[0].value, 1);
-    EXPECT_EQ(bitwise[3].value, 4);
+    EXPECT_EQ(std::tuple(CBitwise::constructed, CBitwise::destroyed, bitwise[0].value, bitwise[3].value),
+              std::tuple(0, 1, 1, 4));
 
     // Plain numbers take the same path over many growths.
     TArray<double> d;
