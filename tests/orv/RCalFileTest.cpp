@@ -152,28 +152,29 @@ TEST(RCalFile, BadCalibrationsAreRefused)
         return cal.FromXML(xml.data(), xml.size());
     };
     EXPECT_TRUE(parses("<preset index=\"2\"><radiance order=\"1\">0 1</radiance></preset>"));
-    EXPECT_FALSE(parses("<preset index=\"2\"><radiance order=\"2\">0 1</radiance></preset>"));   // too few
-    EXPECT_FALSE(parses("<preset index=\"2\"><radiance order=\"1\">0 1 2</radiance></preset>")); // too many
-    EXPECT_FALSE(parses("<preset index=\"2\"><radiance order=\"1\">0 x</radiance></preset>"));
-    EXPECT_FALSE(parses("<preset index=\"2\"><radiance order=\"1\">0 nan</radiance></preset>"));
-    EXPECT_FALSE(parses("<preset index=\"8\"/>"));
-    EXPECT_FALSE(parses("<preset index=\"1\"/><preset index=\"1\"/>"));
-    EXPECT_FALSE(parses("<preset index=\"0\"><lookup><row radiance=\"2\" temperature=\"1\"/>"
-                        "<row radiance=\"2\" temperature=\"3\"/></lookup></preset>")); // not ascending
-    EXPECT_FALSE(parses("<preset index=\"0\"><lookup><row radiance=\"2\" temperature=\"1\"/></lookup></preset>"));
-    EXPECT_FALSE(parses("<preset index=\"0\"><background type=\"image\" width=\"2\" height=\"1\">1 2</background>"
-                        "<bogus/></preset>"));
-    EXPECT_FALSE(parses("<bandpass start=\"12\" end=\"8\"/>"));
-    // An image whose CRC does not match its numbers, and one that claims far
-    // more numbers than its text holds.
-    EXPECT_FALSE(parses("<preset index=\"0\"><background type=\"image\" width=\"2\" height=\"1\" "
-                        "crc=\"00000000\">1 2</background></preset>"));
-    EXPECT_FALSE(parses("<preset index=\"0\"><background type=\"image\" width=\"65535\" height=\"65535\">"
-                        "1 2</background></preset>"));
+    // Too few, too many and bad numbers; a preset index out of range or twice;
+    // a lookup not ascending or of one row; an unknown element; a bandpass
+    // backwards; an image whose CRC does not match its numbers, and one that
+    // claims far more numbers than its text holds.
+    for (const char* bad : {"<preset index=\"2\"><radiance order=\"2\">0 1</radiance></preset>",
+                            "<preset index=\"2\"><radiance order=\"1\">0 1 2</radiance></preset>",
+                            "<preset index=\"2\"><radiance order=\"1\">0 x</radiance></preset>",
+                            "<preset index=\"2\"><radiance order=\"1\">0 nan</radiance></preset>",
+                            "<preset index=\"8\"/>", "<preset index=\"1\"/><preset index=\"1\"/>",
+                            "<preset index=\"0\"><lookup><row radiance=\"2\" temperature=\"1\"/>"
+                            "<row radiance=\"2\" temperature=\"3\"/></lookup></preset>",
+                            "<preset index=\"0\"><lookup><row radiance=\"2\" temperature=\"1\"/></lookup></preset>",
+                            "<preset index=\"0\"><background type=\"image\" width=\"2\" height=\"1\">1 2</background>"
+                            "<bogus/></preset>",
+                            "<bandpass start=\"12\" end=\"8\"/>",
+                            "<preset index=\"0\"><background type=\"image\" width=\"2\" height=\"1\" "
+                            "crc=\"00000000\">1 2</background></preset>",
+                            "<preset index=\"0\"><background type=\"image\" width=\"65535\" height=\"65535\">"
+                            "1 2</background></preset>"})
+        EXPECT_FALSE(parses(bad)) << bad;
     CRCalFile cal;
-    EXPECT_FALSE(cal.FromXML("<other/>", 8));
-    EXPECT_FALSE(cal.FromXML("<rcal version=\"2.0\"/>", 21));
-    EXPECT_FALSE(cal.FromXML("<rcal version=\"1.0\"><preset", 27));
+    for (const char* bad : {"<other/>", "<rcal version=\"2.0\"/>", "<rcal version=\"1.0\"><preset"})
+        EXPECT_FALSE(cal.FromXML(bad, std::strlen(bad))) << bad;
     EXPECT_FALSE(cal.SetLookup(0, List({1, 2}), List({1})));
     EXPECT_FALSE(cal.SetCoefficients(0, 40, List({})));
     EXPECT_FALSE(cal.HasPreset(0));
