@@ -2,7 +2,10 @@
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <unistd.h>
 #include <vector>
 
@@ -51,25 +54,18 @@ TEST(NormFile, TablesRoundTripWithDocumentedHeader)
     std::vector<uint8_t> b = tmp.Read();
     ASSERT_EQ(b.size(), 64u + 24u);
     EXPECT_EQ(std::string(b.begin(), b.begin() + 4), "NORM");
-    EXPECT_EQ(At<uint32_t>(b, 4), 64u);
-    EXPECT_EQ(At<uint32_t>(b, 8), 0x10000u);
-    EXPECT_EQ(At<uint32_t>(b, 12), 0u);
-    EXPECT_EQ(At<uint32_t>(b, 16), 3u);
-    EXPECT_EQ(At<uint32_t>(b, 20), 2u);
-    EXPECT_EQ(At<uint16_t>(b, 24), 5);
-    EXPECT_EQ(b[26], 8);  // float
-    EXPECT_EQ(b[27], 12); // no second table
-    EXPECT_EQ(At<uint64_t>(b, 28), 24u);
+    // Header size, version, reserved word, width, height, preset, float
+    // gains, no second table, data size.
+    EXPECT_EQ(std::tuple(At<uint32_t>(b, 4), At<uint32_t>(b, 8), At<uint32_t>(b, 12), At<uint32_t>(b, 16),
+                         At<uint32_t>(b, 20), At<uint16_t>(b, 24), b[26], b[27], At<uint64_t>(b, 28)),
+              std::tuple(64u, 0x10000u, 0u, 3u, 2u, 5, 8, 12, 24u));
     EXPECT_EQ(At<uint32_t>(b, 36), CalcCRC32(0, b.data() + 64, 24));
     EXPECT_EQ(At<uint32_t>(b, 60), CalcCRC32(0, b.data(), 60));
     EXPECT_FLOAT_EQ(At<float>(b, 64 + 8), 2.0f);
 
     CNormFile f;
     ASSERT_TRUE(f.Load(fileSystem(), tmp.name()));
-    EXPECT_EQ(f.GetType(), 0);
-    EXPECT_EQ(f.xPixels(), 3u);
-    EXPECT_EQ(f.yPixels(), 2u);
-    EXPECT_EQ(f.preset(), 5);
+    EXPECT_EQ(std::tuple(f.GetType(), f.xPixels(), f.yPixels(), f.preset()), std::tuple(0, 3u, 2u, 5));
     ASSERT_NE(f.GetGains(), nullptr);
     EXPECT_FLOAT_EQ(f.GetGains()[5], 1.5f);
     EXPECT_EQ(f.GetOffsets(), nullptr);
@@ -87,8 +83,7 @@ TEST(NormFile, TablesRoundTripWithDocumentedHeader)
     ASSERT_TRUE(CNormFile::SaveBadPixelTable(fileSystem(), tmp.name(), 1, 3, 7, bad, replace));
     b = tmp.Read();
     ASSERT_EQ(b.size(), 64u + 3u + 12u);
-    EXPECT_EQ(b[26], 1);
-    EXPECT_EQ(b[27], 5);
+    EXPECT_EQ(std::tuple(b[26], b[27]), std::tuple(1, 5));
     EXPECT_EQ(At<uint32_t>(b, 64 + 3 + 4), 2u); // replacements follow the flags
     ASSERT_TRUE(f.Load(fileSystem(), tmp.name()));
     EXPECT_EQ(f.GetType(), 2);
@@ -108,42 +103,28 @@ TEST(NormFile, DamagedFilesAreRefused)
     const std::vector<uint8_t> good = tmp.Read();
     CNormFile f;
 
-    auto refused = [&](std::vector<uint8_t> bytes, const char* what) {
-        tmp.Write(bytes);
+    auto fixHeaderCRC = [](std::vector<uint8_t>& b) {
+        const uint32_t crc = CalcCRC32(0, b.data(), 60);
+        std::memcpy(b.data() + 60, &crc, 4);
+    };
+    const std::pair<const char*, std::function<void(std::vector<uint8_t>&)>> damage[] = {
+        {"magic", [](auto& b) { b[0] = 'X'; }},
+        {"data CRC", [](auto& b) { b[64 + 5] ^= 1; }},
+        // Height 3 with a header CRC fixed up: the size no longer matches.
+        {"size", [&](auto& b) { b[20] = 3, fixHeaderCRC(b); }},
+        {"header CRC", [](auto& b) { b[17] = 0xFF; }},
+        {"truncated", [](auto& b) { b.pop_back(); }},
+        {"short header", [](auto& b) { b.resize(10); }},
+        {"trailing byte", [](auto& b) { b.push_back(0); }},
+        // A header claiming a huge table, CRC made consistent, over a small file.
+        {"huge", [&](auto& b) { std::memset(b.data() + 16, 0xFF, 8), fixHeaderCRC(b); }}};
+    for (const auto& [what, change] : damage) {
+        std::vector<uint8_t> b = good;
+        change(b);
+        tmp.Write(b);
         EXPECT_FALSE(f.Load(fileSystem(), tmp.name())) << what;
         EXPECT_EQ(f.GetGains(), nullptr) << what;
-    };
-    std::vector<uint8_t> b = good;
-    b[0] = 'X';
-    refused(b, "magic");
-    b = good;
-    b[64 + 5] ^= 1;
-    refused(b, "data CRC");
-    b = good;
-    b[20] = 3; // height 3 with a header CRC fixed up: the size no longer matches
-    uint32_t crc = CalcCRC32(0, b.data(), 60);
-    std::memcpy(b.data() + 60, &crc, 4);
-    refused(b, "size");
-    b = good;
-    b[17] = 0xFF; // width changed without fixing the header CRC
-    refused(b, "header CRC");
-    b = good;
-    b.resize(b.size() - 1);
-    refused(b, "truncated");
-    b.resize(10);
-    refused(b, "short header");
-    b = good;
-    b.push_back(0);
-    refused(b, "trailing byte");
-    // A header claiming a huge table, CRC made consistent, over a small file.
-    b = good;
-    uint32_t huge = 0xFFFFFFFFu;
-    std::memcpy(b.data() + 16, &huge, 4);
-    std::memcpy(b.data() + 20, &huge, 4);
-    crc = CalcCRC32(0, b.data(), 60);
-    std::memcpy(b.data() + 60, &crc, 4);
-    refused(b, "huge");
-
+    }
     tmp.Write(good);
     EXPECT_TRUE(f.Load(fileSystem(), tmp.name()));
 
