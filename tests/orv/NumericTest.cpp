@@ -66,30 +66,6 @@ SProbe Expected(const SProbe& p, const STypeInfo& d)
     return {false, Wrap(static_cast<__int128>(std::trunc(p.f)), d.bits, d.isSigned), 0};
 }
 
-template <class T>
-void Store(std::vector<unsigned char>& buffer, const SProbe& p)
-{
-    T v;
-    if constexpr (std::is_floating_point_v<T>)
-        v = static_cast<T>(p.f);
-    else
-        v = static_cast<T>(p.i);
-    const size_t at = buffer.size();
-    buffer.resize(at + sizeof(T));
-    std::memcpy(buffer.data() + at, &v, sizeof(T));
-}
-
-template <class T>
-SProbe Load(const unsigned char* at)
-{
-    T v;
-    std::memcpy(&v, at, sizeof(T));
-    if constexpr (std::is_floating_point_v<T>)
-        return {true, 0, static_cast<long double>(v)};
-    else
-        return {false, static_cast<__int128>(v), 0};
-}
-
 // Probes of one source type, each already representable in it.
 std::vector<SProbe> ProbesOf(const STypeInfo& s)
 {
@@ -115,26 +91,40 @@ std::vector<SProbe> ProbesOf(const STypeInfo& s)
     return out;
 }
 
+// Calls f with a zero of the element type of t.
+template <class F>
+auto WithType(EDataType t, F f)
+{
+    switch (t) {
+#define CASE(T) case TDataTypeOf<T>::value: return f(T{});
+        ORV_FOR_EACH_NUMERIC_TYPE(CASE)
+#undef CASE
+    default: return f(int8_t{}); // only numeric types are probed
+    }
+}
+
 void Fill(std::vector<unsigned char>& buffer, const STypeInfo& t, const std::vector<SProbe>& probes)
 {
-    for (const SProbe& p : probes) {
-        switch (t.type) {
-#define CASE(T) case TDataTypeOf<T>::value: Store<T>(buffer, p); break;
-            ORV_FOR_EACH_NUMERIC_TYPE(CASE)
-#undef CASE
-        default: break;
+    WithType(t.type, [&](auto zero) {
+        using T = decltype(zero);
+        for (const SProbe& p : probes) {
+            const T v = std::is_floating_point_v<T> ? static_cast<T>(p.f) : static_cast<T>(p.i);
+            const auto* bytes = reinterpret_cast<const unsigned char*>(&v);
+            buffer.insert(buffer.end(), bytes, bytes + sizeof v);
         }
-    }
+    });
 }
 
 SProbe LoadAt(const STypeInfo& t, const unsigned char* at)
 {
-    switch (t.type) {
-#define CASE(T) case TDataTypeOf<T>::value: return Load<T>(at);
-        ORV_FOR_EACH_NUMERIC_TYPE(CASE)
-#undef CASE
-    default: return {};
-    }
+    return WithType(t.type, [&](auto v) {
+        std::memcpy(&v, at, sizeof v);
+        if constexpr (std::is_floating_point_v<decltype(v)>) {
+            return SProbe{true, 0, static_cast<long double>(v)};
+        } else {
+            return SProbe{false, static_cast<__int128>(v), 0};
+        }
+    });
 }
 
 bool Same(const SProbe& a, const SProbe& b)
