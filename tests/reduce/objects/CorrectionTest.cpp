@@ -39,7 +39,6 @@ TEST(Correction, CreateKeepsPlanesAndDefaults)
     ASSERT_NE(c.gains, nullptr);
     EXPECT_EQ(c.offsets, nullptr);
     EXPECT_EQ(c.planes, 1);
-    EXPECT_EQ(c.preset, 2);
     EXPECT_FLOAT_EQ(c.gains[11], 1.0f);
     c.gains[5] = 3.0f;
 
