@@ -8,30 +8,24 @@
 
 namespace {
 
-struct SCapture {
-    std::vector<std::string> lines;
-};
-
-void Collect(const char* line, void* context) { static_cast<SCapture*>(context)->lines.emplace_back(line); }
+void Collect(const char* line, void* context) { static_cast<std::vector<std::string>*>(context)->emplace_back(line); }
 
 } // namespace
 
 TEST(CLog, SinkReceivesFormattedLines)
 {
     orv::CLog& log = orv::logger();
-    SCapture capture;
-    orv::CLog::Sink previous = log.SetSink(&Collect, &capture);
+    std::vector<std::string> lines;
+    orv::CLog::Sink previous = log.SetSink(&Collect, &lines);
     log.Write("factory: cannot register \"%s\" (%d)", "Name", 3);
     log.Write("%s", "");
     EXPECT_EQ(log.SetSink(previous, nullptr), &Collect);
-    ASSERT_EQ(capture.lines.size(), 2u);
-    EXPECT_EQ(capture.lines[0], "factory: cannot register \"Name\" (3)");
-    EXPECT_EQ(capture.lines[1], "");
+    EXPECT_EQ(lines, (std::vector<std::string>{"factory: cannot register \"Name\" (3)", ""}));
 
     // Several threads write at once; the log hands the sink one line at a
     // time, so the sink needs no lock of its own.
-    capture.lines.clear();
-    log.SetSink(&Collect, &capture);
+    lines.clear();
+    log.SetSink(&Collect, &lines);
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([t, &log] {
@@ -39,9 +33,9 @@ TEST(CLog, SinkReceivesFormattedLines)
         });
     for (auto& th : threads) th.join();
     log.SetSink(nullptr, nullptr);
-    ASSERT_EQ(capture.lines.size(), 2000u);
+    ASSERT_EQ(lines.size(), 2000u);
     int fromThree = 0;
-    for (const std::string& l : capture.lines) fromThree += l.rfind("thread 3 line ", 0) == 0;
+    for (const std::string& l : lines) fromThree += l.rfind("thread 3 line ", 0) == 0;
     EXPECT_EQ(fromThree, 500);
 }
 
