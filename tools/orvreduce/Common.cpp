@@ -75,6 +75,22 @@ void PrintWarning(CRecordingReader& reader, const std::string& path)
         std::fprintf(stderr, "orvreduce: %s: warning: %s\n", path.c_str(), reader.warning().c_str());
 }
 
+bool OpenReduction(CRecordingReduction& reduction, const std::string& path, EUnit unit, ETempType scale,
+                   double emissivity, double distance)
+{
+    if (!fileSystem()->Exists(path.c_str())) {
+        Fail("%s: no such file", path.c_str());
+        return false;
+    }
+    if (!reduction.Open(CString(path.c_str())) || !reduction.SetUnit(unit, scale) ||
+        !reduction.SetObjectParameters(emissivity, distance)) {
+        Fail("%s: %s", path.c_str(), reduction.lastError().c_str());
+        return false;
+    }
+    PrintWarning(reduction.reader(), path);
+    return true;
+}
+
 bool ParseUnitName(const std::string& text, EUnit& unit)
 {
     std::string t = Lower(text);

@@ -10,6 +10,7 @@
 #include "orv/Types.h"
 #include "reduce/filters/RecordingReader.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
+#include "reduce/store/RecordingReduction.h"
 
 namespace orv::reduce::cli {
 
@@ -29,6 +30,12 @@ bool OpenRecording(CRecordingReader& reader, const std::string& path);
 // The reader's warning (a frame cut short ...), for commands that go on
 // reading; one line on standard error, nothing when there is none.
 void PrintWarning(CRecordingReader& reader, const std::string& path);
+
+// Opens a recording for reduction to unit and scale with the given
+// emissivity and distance (below 0: the recording's own); on failure prints
+// why, naming the file, and returns false. Prints the reader's warning.
+bool OpenReduction(CRecordingReduction& reduction, const std::string& path, EUnit unit, ETempType scale,
+                   double emissivity, double distance);
 
 // Unit names: the system's own texts ("Temperature (User)") or the short
 // forms counts, radiance, temperature.
