@@ -44,6 +44,12 @@ int RunConvert(const SConvertOptions& o)
     if (ext != "tif" && ext != "tiff" && ext != "npy" && ext != "csv" && ext != "png")
         return Fail("%s: the output type follows the extension: .tiff, .npy, .csv or .png", o.output.c_str());
 
+    // Before anything is read or written: the output must not replace the
+    // input, whatever the spelling, link or companion file.
+    if (RefuseOverwritingInput(o.input, o.output, "the output")) return kExitFailure;
+    if ((ext == "tif" || ext == "tiff") && RefuseOverwritingInput(o.input, StatusPath(o.output), "the status file"))
+        return kExitFailure;
+
     CRecordingReduction reducer;
     if (!OpenReduction(reducer, o.input, unit, scale, o.emissivity, o.distance)) return kExitFailure;
     const uint64_t total = reducer.numFrames();
