@@ -377,6 +377,96 @@ TEST_F(ProgramTest, RoiListsAndExportsRegionFiles)
     }
 }
 
+TEST_F(ProgramTest, StatsPerRegionGiveTheSceneTemperatures)
+{
+    // One small circle (radius 3.2) on the disc's centre of each frame, a cursor on frame 0's centre in
+    // its own emissivities, a background box in the top rows, a line across.
+    std::ofstream f(Path("scene-regions.xml"));
+    f << "<roiList version=\"1.6\"><rois>";
+    for (unsigned k = 0; k < N; ++k) {
+        double cx = DiscX(k) + 0.5, cy = H / 2.0 + 0.5;
+        f << "<roi name=\"disc " << k << "\" type=\"Ellipse\"><points><point x=\"" << cx - 3.2 << "\" y=\"" << cy - 3.2
+          << "\"/><point x=\"" << cx + 3.2 << "\" y=\"" << cy - 3.2 << "\"/><point x=\"" << cx + 3.2 << "\" y=\""
+          << cy + 3.2 << "\"/><point x=\"" << cx - 3.2 << "\" y=\"" << cy + 3.2 << "\"/></points></roi>";
+    }
+    for (const char* e : {"0.95", "0.5"})
+        f << "<roi name=\"disc e" << e << "\" type=\"Cursor\"><objectParameters useEmissivity=\"T\" emissivity=\"" << e
+          << "\"/><points><point x=\"" << DiscX(0) << "\" y=\"" << H / 2 << "\"/></points></roi>";
+    f << "<roi name=\"top, left\" type=\"Rect\"><points><point x=\"0\" y=\"0\"/><point x=\"20\" y=\"0\"/>"
+         "<point x=\"20\" y=\"10\"/><point x=\"0\" y=\"10\"/></points></roi>"
+         "<roi name=\"row\" type=\"Line\"><points><point x=\"0\" y=\"5\"/><point x=\"95\" y=\"5\"/></points></roi>"
+         "</rois></roiList>";
+    f.close();
+    SRun r = Run("stats scene.qrt --roi scene-regions.xml --csv");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    std::stringstream s(r.out);
+    std::string line;
+    std::getline(s, line);
+    EXPECT_EQ(line, "frame,time,region,name,type,mean,std,min,min_x,min_y,max,max_x,max_y,valid,center,profile");
+    const unsigned regions = N + 2 + 2 + 1;
+    for (unsigned frame = 0; frame < N; ++frame) {
+        double e95 = 0, e50 = 0;
+        for (unsigned k = 0; k < regions; ++k) {
+            ASSERT_TRUE(std::getline(s, line));
+            std::vector<std::string> c;
+            std::string cell;
+            for (std::stringstream cells(line); std::getline(cells, cell, ',');) c.push_back(cell);
+            if (c.size() > 4 && c[3].front() == '"' && c[3].back() != '"') { // the quoted name with a comma
+                c[3] += "," + c[4];
+                c.erase(c.begin() + 4);
+            }
+            ASSERT_GE(c.size(), 15u) << line;
+            EXPECT_EQ(std::stoul(c[0]), frame);
+            EXPECT_NE(c[1].find(':'), std::string::npos) << "the frame's time: " << line;
+            EXPECT_EQ(std::stoul(c[2]), k);
+            const double mean = std::stod(c[5]);
+            if (k == 0) {
+                EXPECT_EQ(c[4], "Image");
+                EXPECT_EQ(std::stoul(c[13]), W * H);
+            } else if (k <= N) {
+                // On the disc in its own frame, on the background (mean of its columns) elsewhere.
+                const double x = DiscX(k - 1);
+                EXPECT_NEAR(mean, k - 1 == frame ? 120 : Background(unsigned(x)), k - 1 == frame ? 0.12 : 0.35) << line;
+                EXPECT_EQ(std::stoul(c[13]), 37u) << line; // pixel centres within 3.2 of the centre
+            } else if (k == N + 1) {
+                e95 = mean;
+            } else if (k == N + 2) {
+                e50 = mean;
+            } else if (k == N + 3) {
+                EXPECT_EQ(c[3], "\"top, left\"");
+                EXPECT_NEAR(mean, (Background(0) + Background(19)) / 2, 0.02);
+                EXPECT_EQ(std::stoul(c[13]), 200u);
+            } else {
+                // 96 profile values along row 5, each the background of its column.
+                std::stringstream values(c[15]);
+                double v;
+                unsigned x = 0;
+                for (; values >> v; ++x) EXPECT_NEAR(v, Background(x), 0.12) << x;
+                EXPECT_EQ(x, W);
+            }
+        }
+        // The recording's own emissivity is 0.95; a lower one reads the same radiance hotter.
+        if (frame == 0) {
+            EXPECT_NEAR(e95, 120, 0.12);
+            EXPECT_GT(e50, e95 + 20);
+        }
+    }
+    EXPECT_FALSE(std::getline(s, line)) << line;
+
+    // The outlines on the picture; a damaged region file stops both commands with one line.
+    r = Run("convert scene.qrt --roi scene-regions.xml -o regions.png");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Slurp(Path("regions.png")).substr(1, 3), "PNG");
+    std::ofstream(Path("bad-regions.xml")) << "<roiList version=\"9.0\"/>";
+    for (std::string cmd : {"stats scene.qrt --roi bad-regions.xml", "convert scene.qrt --roi bad-regions.xml -o r2.png"}) {
+        r = Run(cmd);
+        EXPECT_EQ(r.exitCode, 1) << cmd;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_NE(r.err.find("bad-regions.xml: roiList version '9.0'"), std::string::npos) << r.err;
+    }
+    EXPECT_FALSE(Exists(Path("r2.png")));
+}
+
 namespace {
 
 std::vector<unsigned char> Bytes(const std::string& path)

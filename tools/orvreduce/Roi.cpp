@@ -65,9 +65,7 @@ int RunRoi(const SRoiOptions& o)
     if (std::sscanf(o.size.c_str(), "%ux%u%c", &w, &h, &tail) != 2 || w == 0 || h == 0 || w > 65535 || h > 65535)
         return Fail("--size wants WxH from 1x1 to 65535x65535, not '%s'", o.size.c_str());
     CRoiList list;
-    list.SetImageSize(static_cast<unsigned short>(w), static_cast<unsigned short>(h));
-    if (!list.Load(CString(o.input.c_str())))
-        return Fail("%s: %s", o.input.c_str(), WhyNotLoaded(o.input).c_str());
+    if (!LoadRegionFile(list, o.input, w, h)) return kExitFailure;
 
     std::printf("%s: %zu region%s on %u x %u\n", o.input.c_str(), list.size() - 1, list.size() == 2 ? "" : "s", w,
                 h);
@@ -107,6 +105,14 @@ int RunRoi(const SRoiOptions& o)
 }
 
 } // namespace
+
+bool LoadRegionFile(CRoiList& list, const std::string& path, unsigned w, unsigned h)
+{
+    list.SetImageSize(static_cast<unsigned short>(w), static_cast<unsigned short>(h));
+    if (list.Load(CString(path.c_str()))) return true;
+    Fail("%s: %s", path.c_str(), WhyNotLoaded(path).c_str());
+    return false;
+}
 
 void AddRoi(CLI::App& app)
 {
