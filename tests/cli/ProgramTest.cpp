@@ -342,6 +342,131 @@ TEST_F(ProgramTest, BadInputGivesOneLineAndNoOutput)
 
 } // namespace
 
+TEST_F(ProgramTest, RoiListsAndExportsRegionFiles)
+{
+    std::ofstream(Path("regions.xml"))
+        << "<roiList version=\"1.6\" imageWidth=\"96\" imageHeight=\"64\"><rois>"
+           "<roi name=\"Box\" type=\"Rect\"><points><point x=\"2\" y=\"3\"/><point x=\"12\" y=\"3\"/>"
+           "<point x=\"12\" y=\"8\"/><point x=\"2\" y=\"8\"/></points></roi>"
+           "<roi name=\"Weld &amp; seam\" type=\"Line\"><points><point x=\"0\" y=\"0\"/><point x=\"9\" y=\"4\"/></points></roi>"
+           "</rois></roiList>";
+    SRun r = Run("roi regions.xml --size 96x64 --svg regions.svg --bmp regions.bmp");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("Rect"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("2,3-12,8"), std::string::npos) << r.out; // bounds of the box
+    EXPECT_NE(r.out.find("      50  "), std::string::npos) << r.out; // its 10 x 5 pixels
+    for (const char* name : {"regions-1.svg", "regions-2.svg"}) {
+        // Any XML parser will do; Python's is on every machine that builds this.
+        std::string cmd = "/usr/bin/python3 -c 'import sys, xml.dom.minidom as m; m.parse(sys.argv[1])' " + Path(name);
+        EXPECT_EQ(std::system(cmd.c_str()), 0) << name;
+    }
+    EXPECT_EQ(Slurp(Path("regions-1.bmp")).substr(0, 2), "BM");
+
+    // Damaged region files: one line naming the file, a non-zero exit.
+    std::string binary = "SROI\x01\x05";
+    binary += std::string(12, '\0') + std::string("\x01\x01\x00\x00", 4); // 257 regions
+    std::ofstream(Path("count.roi"), std::ios::binary) << binary;
+    std::ofstream(Path("cut.roi"), std::ios::binary) << std::string("SROI\x01\x05\x60\x00", 8);
+    std::ofstream(Path("broken.xml")) << "<roiList version=\"1.6\"><rois><roi";
+    std::ofstream(Path("future.xml")) << "<roiList version=\"2.0\"/>";
+    for (const char* name : {"count.roi", "cut.roi", "broken.xml", "future.xml", "absent.xml"}) {
+        r = Run(std::string("roi ") + name + " --size 96x64");
+        EXPECT_EQ(r.exitCode, 1) << name;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_EQ(r.err.rfind(std::string("orvreduce: ") + name + ": ", 0), 0u) << r.err;
+    }
+}
+
+TEST_F(ProgramTest, StatsPerRegionGiveTheSceneTemperatures)
+{
+    // One small circle (radius 3.2) on the disc's centre of each frame, a cursor on frame 0's centre in
+    // its own emissivities, a background box in the top rows, a line across.
+    std::ofstream f(Path("scene-regions.xml"));
+    f << "<roiList version=\"1.6\"><rois>";
+    for (unsigned k = 0; k < N; ++k) {
+        double cx = DiscX(k) + 0.5, cy = H / 2.0 + 0.5;
+        f << "<roi name=\"disc " << k << "\" type=\"Ellipse\"><points><point x=\"" << cx - 3.2 << "\" y=\"" << cy - 3.2
+          << "\"/><point x=\"" << cx + 3.2 << "\" y=\"" << cy - 3.2 << "\"/><point x=\"" << cx + 3.2 << "\" y=\""
+          << cy + 3.2 << "\"/><point x=\"" << cx - 3.2 << "\" y=\"" << cy + 3.2 << "\"/></points></roi>";
+    }
+    for (const char* e : {"0.95", "0.5"})
+        f << "<roi name=\"disc e" << e << "\" type=\"Cursor\"><objectParameters useEmissivity=\"T\" emissivity=\"" << e
+          << "\"/><points><point x=\"" << DiscX(0) << "\" y=\"" << H / 2 << "\"/></points></roi>";
+    f << "<roi name=\"top, left\" type=\"Rect\"><points><point x=\"0\" y=\"0\"/><point x=\"20\" y=\"0\"/>"
+         "<point x=\"20\" y=\"10\"/><point x=\"0\" y=\"10\"/></points></roi>"
+         "<roi name=\"row\" type=\"Line\"><points><point x=\"0\" y=\"5\"/><point x=\"95\" y=\"5\"/></points></roi>"
+         "</rois></roiList>";
+    f.close();
+    SRun r = Run("stats scene.qrt --roi scene-regions.xml --csv");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    std::stringstream s(r.out);
+    std::string line;
+    std::getline(s, line);
+    EXPECT_EQ(line, "frame,time,region,name,type,mean,std,min,min_x,min_y,max,max_x,max_y,valid,center,profile");
+    const unsigned regions = N + 2 + 2 + 1;
+    for (unsigned frame = 0; frame < N; ++frame) {
+        double e95 = 0, e50 = 0;
+        for (unsigned k = 0; k < regions; ++k) {
+            ASSERT_TRUE(std::getline(s, line));
+            std::vector<std::string> c;
+            std::string cell;
+            for (std::stringstream cells(line); std::getline(cells, cell, ',');) c.push_back(cell);
+            if (c.size() > 4 && c[3].front() == '"' && c[3].back() != '"') { // the quoted name with a comma
+                c[3] += "," + c[4];
+                c.erase(c.begin() + 4);
+            }
+            ASSERT_GE(c.size(), 15u) << line;
+            EXPECT_EQ(std::stoul(c[0]), frame);
+            EXPECT_NE(c[1].find(':'), std::string::npos) << "the frame's time: " << line;
+            EXPECT_EQ(std::stoul(c[2]), k);
+            const double mean = std::stod(c[5]);
+            if (k == 0) {
+                EXPECT_EQ(c[4], "Image");
+                EXPECT_EQ(std::stoul(c[13]), W * H);
+            } else if (k <= N) {
+                // On the disc in its own frame, on the background (mean of its columns) elsewhere.
+                const double x = DiscX(k - 1);
+                EXPECT_NEAR(mean, k - 1 == frame ? 120 : Background(unsigned(x)), k - 1 == frame ? 0.12 : 0.35) << line;
+                EXPECT_EQ(std::stoul(c[13]), 37u) << line; // pixel centres within 3.2 of the centre
+            } else if (k == N + 1) {
+                e95 = mean;
+            } else if (k == N + 2) {
+                e50 = mean;
+            } else if (k == N + 3) {
+                EXPECT_EQ(c[3], "\"top, left\"");
+                EXPECT_NEAR(mean, (Background(0) + Background(19)) / 2, 0.02);
+                EXPECT_EQ(std::stoul(c[13]), 200u);
+            } else {
+                // 96 profile values along row 5, each the background of its column.
+                std::stringstream values(c[15]);
+                double v;
+                unsigned x = 0;
+                for (; values >> v; ++x) EXPECT_NEAR(v, Background(x), 0.12) << x;
+                EXPECT_EQ(x, W);
+            }
+        }
+        // The recording's own emissivity is 0.95; a lower one reads the same radiance hotter.
+        if (frame == 0) {
+            EXPECT_NEAR(e95, 120, 0.12);
+            EXPECT_GT(e50, e95 + 20);
+        }
+    }
+    EXPECT_FALSE(std::getline(s, line)) << line;
+
+    // The outlines on the picture; a damaged region file stops both commands with one line.
+    r = Run("convert scene.qrt --roi scene-regions.xml -o regions.png");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Slurp(Path("regions.png")).substr(1, 3), "PNG");
+    std::ofstream(Path("bad-regions.xml")) << "<roiList version=\"9.0\"/>";
+    for (std::string cmd : {"stats scene.qrt --roi bad-regions.xml", "convert scene.qrt --roi bad-regions.xml -o r2.png"}) {
+        r = Run(cmd);
+        EXPECT_EQ(r.exitCode, 1) << cmd;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_NE(r.err.find("bad-regions.xml: roiList version '9.0'"), std::string::npos) << r.err;
+    }
+    EXPECT_FALSE(Exists(Path("r2.png")));
+}
+
 namespace {
 
 std::vector<unsigned char> Bytes(const std::string& path)

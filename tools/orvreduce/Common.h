@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "orv/Types.h"
+#include "reduce/roi/RoiList.h"
 #include "reduce/filters/RecordingReader.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 #include "reduce/store/RecordingReduction.h"
@@ -98,6 +99,11 @@ void AddConvert(CLI::App& app);
 void AddStats(CLI::App& app);
 void AddSynth(CLI::App& app);
 void AddDemo(CLI::App& app);
+void AddRoi(CLI::App& app);
+
+// Loads a region file into list, drawn on a w x h frame; on failure prints
+// why, naming the file, and returns false.
+bool LoadRegionFile(reduce::CRoiList& list, const std::string& path, unsigned w, unsigned h);
 
 // Entry points shared between commands (demo runs the others).
 // An existing file at path is replaced only with force.
@@ -113,6 +119,7 @@ struct SConvertOptions {
     std::string frames;
     double emissivity = -1; // negative: the recording's own
     double distance = -1;
+    std::string roi; // region file whose outlines a .png shows
     bool quiet = false;
 };
 int RunConvert(const SConvertOptions& options);
@@ -123,6 +130,7 @@ struct SStatsOptions {
     std::string unit = "Temperature (User)";
     std::string scale = "C";
     std::string frames;
+    std::string roi; // region file: figures per region instead of --rect
     bool csv = false;
 };
 int RunStats(const SStatsOptions& options);
