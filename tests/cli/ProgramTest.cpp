@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <tiffio.h>
+#include <zlib.h>
 
 namespace {
 
@@ -52,12 +53,14 @@ protected:
     }
     static void TearDownTestSuite() { std::system(("rm -rf " + dir).c_str()); }
 
-    static SRun Run(const std::string& args)
+    // prefix goes before the program in the shell command: a limit, or
+    // variables of its environment.
+    static SRun Run(const std::string& args, const std::string& prefix = "")
     {
         SRun r;
         std::string out = dir + "/.stdout", err = dir + "/.stderr";
         // From the test folder, so that file names may be given bare.
-        std::string cmd = "cd " + dir + " && " + ORVREDUCE_PROGRAM + " " + args + " >" + out + " 2>" + err;
+        std::string cmd = "cd " + dir + " && " + prefix + ORVREDUCE_PROGRAM + " " + args + " >" + out + " 2>" + err;
         int status = std::system(cmd.c_str());
         // The shell reports a signal as 128 + its number.
         r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -338,3 +341,241 @@ TEST_F(ProgramTest, BadInputGivesOneLineAndNoOutput)
 }
 
 } // namespace
+
+TEST_F(ProgramTest, RoiListsAndExportsRegionFiles)
+{
+    std::ofstream(Path("regions.xml"))
+        << "<roiList version=\"1.6\" imageWidth=\"96\" imageHeight=\"64\"><rois>"
+           "<roi name=\"Box\" type=\"Rect\"><points><point x=\"2\" y=\"3\"/><point x=\"12\" y=\"3\"/>"
+           "<point x=\"12\" y=\"8\"/><point x=\"2\" y=\"8\"/></points></roi>"
+           "<roi name=\"Weld &amp; seam\" type=\"Line\"><points><point x=\"0\" y=\"0\"/><point x=\"9\" y=\"4\"/></points></roi>"
+           "</rois></roiList>";
+    SRun r = Run("roi regions.xml --size 96x64 --svg regions.svg --bmp regions.bmp");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("Rect"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("2,3-12,8"), std::string::npos) << r.out; // bounds of the box
+    EXPECT_NE(r.out.find("      50  "), std::string::npos) << r.out; // its 10 x 5 pixels
+    for (const char* name : {"regions-1.svg", "regions-2.svg"}) {
+        // Any XML parser will do; Python's is on every machine that builds this.
+        std::string cmd = "/usr/bin/python3 -c 'import sys, xml.dom.minidom as m; m.parse(sys.argv[1])' " + Path(name);
+        EXPECT_EQ(std::system(cmd.c_str()), 0) << name;
+    }
+    EXPECT_EQ(Slurp(Path("regions-1.bmp")).substr(0, 2), "BM");
+
+    // Damaged region files: one line naming the file, a non-zero exit.
+    std::string binary = "SROI\x01\x05";
+    binary += std::string(12, '\0') + std::string("\x01\x01\x00\x00", 4); // 257 regions
+    std::ofstream(Path("count.roi"), std::ios::binary) << binary;
+    std::ofstream(Path("cut.roi"), std::ios::binary) << std::string("SROI\x01\x05\x60\x00", 8);
+    std::ofstream(Path("broken.xml")) << "<roiList version=\"1.6\"><rois><roi";
+    std::ofstream(Path("future.xml")) << "<roiList version=\"2.0\"/>";
+    for (const char* name : {"count.roi", "cut.roi", "broken.xml", "future.xml", "absent.xml"}) {
+        r = Run(std::string("roi ") + name + " --size 96x64");
+        EXPECT_EQ(r.exitCode, 1) << name;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_EQ(r.err.rfind(std::string("orvreduce: ") + name + ": ", 0), 0u) << r.err;
+    }
+}
+
+TEST_F(ProgramTest, StatsPerRegionGiveTheSceneTemperatures)
+{
+    // One small circle (radius 3.2) on the disc's centre of each frame, a cursor on frame 0's centre in
+    // its own emissivities, a background box in the top rows, a line across.
+    std::ofstream f(Path("scene-regions.xml"));
+    f << "<roiList version=\"1.6\"><rois>";
+    for (unsigned k = 0; k < N; ++k) {
+        double cx = DiscX(k) + 0.5, cy = H / 2.0 + 0.5;
+        f << "<roi name=\"disc " << k << "\" type=\"Ellipse\"><points><point x=\"" << cx - 3.2 << "\" y=\"" << cy - 3.2
+          << "\"/><point x=\"" << cx + 3.2 << "\" y=\"" << cy - 3.2 << "\"/><point x=\"" << cx + 3.2 << "\" y=\""
+          << cy + 3.2 << "\"/><point x=\"" << cx - 3.2 << "\" y=\"" << cy + 3.2 << "\"/></points></roi>";
+    }
+    for (const char* e : {"0.95", "0.5"})
+        f << "<roi name=\"disc e" << e << "\" type=\"Cursor\"><objectParameters useEmissivity=\"T\" emissivity=\"" << e
+          << "\"/><points><point x=\"" << DiscX(0) << "\" y=\"" << H / 2 << "\"/></points></roi>";
+    f << "<roi name=\"top, left\" type=\"Rect\"><points><point x=\"0\" y=\"0\"/><point x=\"20\" y=\"0\"/>"
+         "<point x=\"20\" y=\"10\"/><point x=\"0\" y=\"10\"/></points></roi>"
+         "<roi name=\"row\" type=\"Line\"><points><point x=\"0\" y=\"5\"/><point x=\"95\" y=\"5\"/></points></roi>"
+         "</rois></roiList>";
+    f.close();
+    SRun r = Run("stats scene.qrt --roi scene-regions.xml --csv");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    std::stringstream s(r.out);
+    std::string line;
+    std::getline(s, line);
+    EXPECT_EQ(line, "frame,time,region,name,type,mean,std,min,min_x,min_y,max,max_x,max_y,valid,center,profile");
+    const unsigned regions = N + 2 + 2 + 1;
+    for (unsigned frame = 0; frame < N; ++frame) {
+        double e95 = 0, e50 = 0;
+        for (unsigned k = 0; k < regions; ++k) {
+            ASSERT_TRUE(std::getline(s, line));
+            std::vector<std::string> c;
+            std::string cell;
+            for (std::stringstream cells(line); std::getline(cells, cell, ',');) c.push_back(cell);
+            if (c.size() > 4 && c[3].front() == '"' && c[3].back() != '"') { // the quoted name with a comma
+                c[3] += "," + c[4];
+                c.erase(c.begin() + 4);
+            }
+            ASSERT_GE(c.size(), 15u) << line;
+            EXPECT_EQ(std::stoul(c[0]), frame);
+            EXPECT_NE(c[1].find(':'), std::string::npos) << "the frame's time: " << line;
+            EXPECT_EQ(std::stoul(c[2]), k);
+            const double mean = std::stod(c[5]);
+            if (k == 0) {
+                EXPECT_EQ(c[4], "Image");
+                EXPECT_EQ(std::stoul(c[13]), W * H);
+            } else if (k <= N) {
+                // On the disc in its own frame, on the background (mean of its columns) elsewhere.
+                const double x = DiscX(k - 1);
+                EXPECT_NEAR(mean, k - 1 == frame ? 120 : Background(unsigned(x)), k - 1 == frame ? 0.12 : 0.35) << line;
+                EXPECT_EQ(std::stoul(c[13]), 37u) << line; // pixel centres within 3.2 of the centre
+            } else if (k == N + 1) {
+                e95 = mean;
+            } else if (k == N + 2) {
+                e50 = mean;
+            } else if (k == N + 3) {
+                EXPECT_EQ(c[3], "\"top, left\"");
+                EXPECT_NEAR(mean, (Background(0) + Background(19)) / 2, 0.02);
+                EXPECT_EQ(std::stoul(c[13]), 200u);
+            } else {
+                // 96 profile values along row 5, each the background of its column.
+                std::stringstream values(c[15]);
+                double v;
+                unsigned x = 0;
+                for (; values >> v; ++x) EXPECT_NEAR(v, Background(x), 0.12) << x;
+                EXPECT_EQ(x, W);
+            }
+        }
+        // The recording's own emissivity is 0.95; a lower one reads the same radiance hotter.
+        if (frame == 0) {
+            EXPECT_NEAR(e95, 120, 0.12);
+            EXPECT_GT(e50, e95 + 20);
+        }
+    }
+    EXPECT_FALSE(std::getline(s, line)) << line;
+
+    // The outlines on the picture; a damaged region file stops both commands with one line.
+    r = Run("convert scene.qrt --roi scene-regions.xml -o regions.png");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(Slurp(Path("regions.png")).substr(1, 3), "PNG");
+    std::ofstream(Path("bad-regions.xml")) << "<roiList version=\"9.0\"/>";
+    for (std::string cmd : {"stats scene.qrt --roi bad-regions.xml", "convert scene.qrt --roi bad-regions.xml -o r2.png"}) {
+        r = Run(cmd);
+        EXPECT_EQ(r.exitCode, 1) << cmd;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_NE(r.err.find("bad-regions.xml: roiList version '9.0'"), std::string::npos) << r.err;
+    }
+    EXPECT_FALSE(Exists(Path("r2.png")));
+}
+
+namespace {
+
+std::vector<unsigned char> Bytes(const std::string& path)
+{
+    std::string s = Slurp(path);
+    return std::vector<unsigned char>(s.begin(), s.end());
+}
+
+void PutBytes(const std::string& path, const std::vector<unsigned char>& bytes)
+{
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+void Put16(std::vector<unsigned char>& b, uint64_t at, unsigned v)
+{
+    b[at] = static_cast<unsigned char>(v & 0xff);
+    b[at + 1] = static_cast<unsigned char>(v >> 8);
+}
+
+} // namespace
+
+TEST_F(ProgramTest, OutputsThatWouldReplaceTheInputAreRefused)
+{
+    const std::vector<unsigned char> scene = Bytes(Path("scene.qrt"));
+    PutBytes(Path("rec.npy"), scene);
+    PutBytes(Path("rec.status.tiff"), scene);
+    ASSERT_EQ(::mkdir(Path("sub").c_str(), 0777), 0);
+    ASSERT_EQ(::link(Path("rec.npy").c_str(), Path("hard.npy").c_str()), 0);
+    ASSERT_EQ(::symlink("rec.npy", Path("soft.npy").c_str()), 0);
+    const char* cases[] = {"convert rec.npy -o rec.npy", "convert rec.npy -o ./sub/../rec.npy",
+                           "convert sub/../rec.npy -o rec.npy", "convert rec.npy -o hard.npy",
+                           "convert rec.npy -o soft.npy", "convert rec.status.tiff -o rec.tiff",
+                           "synth rec.npy --size 8x8 --frames 1"};
+    for (const char* args : cases) {
+        SRun r = Run(args);
+        EXPECT_NE(r.exitCode, 0) << args;
+        EXPECT_FALSE(r.signaled) << args;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << args << ": " << r.err;
+        EXPECT_EQ(Bytes(Path("rec.npy")), scene) << args;
+        EXPECT_EQ(Bytes(Path("rec.status.tiff")), scene) << args;
+        EXPECT_FALSE(Exists(Path("rec.tiff"))) << args;
+        EXPECT_TRUE(Leftovers("rec").size() == 2) << args;
+    }
+    EXPECT_NE(Run("synth rec.npy").err.find("--force"), std::string::npos);
+    SRun r = Run("synth rec.npy --size 8x8 --frames 1 --force");
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(Bytes(Path("rec.npy")), scene);
+}
+
+// Recordings whose sizes claim more than their bytes hold: one line naming
+// the file and the sizes, no output, and no allocation the file cannot back
+// (the program runs with 1 GB of address space).
+TEST_F(ProgramTest, SizesTheFileCannotHoldAreRefused)
+{
+    const std::vector<unsigned char> scene = Bytes(Path("scene.qrt"));
+    SRun r = Run("info --json " + Path("scene.qrt"));
+    auto j = nlohmann::json::parse(r.out);
+    uint64_t info = 0, pixels = 0;
+    for (auto& b : j["blocks"]) {
+        if (b["name"] == "SourceInfo") info = b["offset"].get<uint64_t>();
+        if (b["name"] == "Pixels") pixels = b["offset"].get<uint64_t>() + 77;
+    }
+    ASSERT_GT(info, 0u);
+    ASSERT_GT(pixels, 0u);
+    // Offsets in the source info record and the pixels header.
+    constexpr unsigned kImageWidth = 80, kFrameWidth = 123, kStride = 48, kHeaderFrameWidth = 34;
+    struct SCase {
+        const char* name;
+        unsigned imageSize, frameSize, headerFrameSize, stride;
+        const char* says;
+    } cases[] = {
+        {"bigframe.qrt", 96, 65535, 96, 256, "65535x65535"},   // the source info's frame
+        {"bigheader.qrt", 96, 0, 65535, 256, "65535x65535"},   // no frame there: the header's
+        {"bigimage.qrt", 65535, 96, 96, 12288, "65535x65535"}, // an image no frame backs
+    };
+    for (const SCase& c : cases) {
+        std::vector<unsigned char> b = scene;
+        const uint64_t payload = info + 77;
+        Put16(b, payload + kImageWidth, c.imageSize);
+        Put16(b, payload + kImageWidth + 2, c.imageSize == 96 ? 64 : c.imageSize);
+        Put16(b, payload + kFrameWidth, c.frameSize);
+        Put16(b, payload + kFrameWidth + 2, c.frameSize == 96 ? 64 : c.frameSize);
+        Put16(b, pixels + kHeaderFrameWidth, c.headerFrameSize);
+        Put16(b, pixels + kHeaderFrameWidth + 2, c.headerFrameSize == 96 ? 64 : c.headerFrameSize);
+        for (int i = 0; i < 4; ++i) b[pixels + kStride + i] = static_cast<unsigned char>(c.stride >> (8 * i));
+        // The source info's CRC, at offset 73 of its block header, made good.
+        uint64_t size = 0;
+        for (int i = 0; i < 8; ++i) size |= uint64_t(b[info + 65 + i]) << (8 * i);
+        const uLong crc = crc32(0, &b[payload], static_cast<uInt>(size));
+        for (int i = 0; i < 4; ++i) b[info + 73 + i] = static_cast<unsigned char>(crc >> (8 * i));
+        PutBytes(Path(c.name), b);
+
+        for (std::string cmd : {"stats ", "convert ", "frames "}) {
+            std::string args = cmd + c.name + (cmd == "convert " ? " -o out-big.npy" : "");
+#ifdef ORV_TEST_SANITIZED
+            r = Run(args, "ASAN_OPTIONS=$ASAN_OPTIONS:max_allocation_size_mb=1024 ");
+#else
+            r = Run(args, "ulimit -v 1048576 && ");
+#endif
+            EXPECT_EQ(r.exitCode, 1) << args << ": " << r.err;
+            EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << args << ": " << r.err;
+            EXPECT_NE(r.err.find(c.name), std::string::npos) << args << ": " << r.err;
+            EXPECT_NE(r.err.find(c.says), std::string::npos) << args << ": " << r.err;
+            EXPECT_NE(r.err.find(std::to_string(c.stride) + " bytes"), std::string::npos) << args << ": " << r.err;
+            EXPECT_TRUE(Leftovers("out-").empty()) << args;
+        }
+        // verify checks CRCs, which are good: the sizes are what it reports.
+        r = Run(std::string("verify ") + c.name);
+        EXPECT_NE(r.exitCode, 0) << c.name;
+        EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+    }
+}

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "reduce/convert/Converter.h"
@@ -152,6 +153,20 @@ bool ParseFrameRange(const std::string& text, uint64_t numFrames, uint64_t& firs
         if (!b.empty() && !ParseIndex(b, end)) return false;
     }
     return first < end && end <= numFrames;
+}
+
+bool SameFile(const std::string& a, const std::string& b)
+{
+    struct stat sa, sb;
+    if (::stat(a.c_str(), &sa) != 0 || ::stat(b.c_str(), &sb) != 0) return false;
+    return sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
+}
+
+bool RefuseOverwritingInput(const std::string& input, const std::string& output, const char* what)
+{
+    if (!SameFile(input, output)) return false;
+    Fail("%s: %s %s is the input file; choose another name", input.c_str(), what, output.c_str());
+    return true;
 }
 
 CTempOutput::CTempOutput(std::string finalPath) : m_final(std::move(finalPath))

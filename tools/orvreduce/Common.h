@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "orv/Types.h"
+#include "reduce/roi/RoiList.h"
 #include "reduce/filters/RecordingReader.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 #include "reduce/store/RecordingReduction.h"
@@ -47,6 +48,13 @@ std::string UnitLabel(EUnit unit, ETempType scale);
 
 // Frame ranges "A:B" (B excluded), "A:" or "A"; checked against numFrames.
 bool ParseFrameRange(const std::string& text, uint64_t numFrames, uint64_t& first, uint64_t& end);
+
+// True when both names lead to one existing file: device and inode after
+// links and relative spellings are resolved, never by comparing the names.
+bool SameFile(const std::string& a, const std::string& b);
+// Fails, naming both, when writing output (or its companion) would replace
+// the input; the command then writes nothing.
+bool RefuseOverwritingInput(const std::string& input, const std::string& output, const char* what);
 
 // A file written beside its final name and renamed into place by Commit; the
 // destructor removes it unless committed, so a failure leaves nothing behind.
@@ -93,8 +101,13 @@ void AddSynth(CLI::App& app);
 void AddDemo(CLI::App& app);
 void AddRoi(CLI::App& app);
 
+// Loads a region file into list, drawn on a w x h frame; on failure prints
+// why, naming the file, and returns false.
+bool LoadRegionFile(reduce::CRoiList& list, const std::string& path, unsigned w, unsigned h);
+
 // Entry points shared between commands (demo runs the others).
-int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames);
+// An existing file at path is replaced only with force.
+int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, bool force);
 int RunInfo(const std::string& path, bool json);
 int RunVerify(const std::string& path, bool quiet);
 
@@ -106,6 +119,7 @@ struct SConvertOptions {
     std::string frames;
     double emissivity = -1; // negative: the recording's own
     double distance = -1;
+    std::string roi; // region file whose outlines a .png shows
     bool quiet = false;
 };
 int RunConvert(const SConvertOptions& options);
@@ -116,6 +130,7 @@ struct SStatsOptions {
     std::string unit = "Temperature (User)";
     std::string scale = "C";
     std::string frames;
+    std::string roi; // region file: figures per region instead of --rect
     bool csv = false;
 };
 int RunStats(const SStatsOptions& options);

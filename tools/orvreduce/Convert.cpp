@@ -1,6 +1,7 @@
 // convert: frames reduced to a unit and written as float TIFF, NumPy, CSV or
 // a PNG preview. Output goes to a temporary file that is renamed into place
 // only when every frame has been written.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -30,6 +31,26 @@ std::string StatusPath(const std::string& path)
     return path.substr(0, dot) + ".status" + path.substr(dot);
 }
 
+// Each region's edge pixels in its own colour (0xBBGGRR, flagged in the top
+// byte): the pixels of its mask with a 4-neighbour outside it or at the
+// frame's edge; lines and cursors are all edge.
+void RegionOutlines(const CRoiList& list, TArray<uint32_t>& out)
+{
+    const int w = int(list.width), h = int(list.height);
+    out.resize(size_t(w) * h);
+    for (size_t k = 1; k < list.size(); ++k) {
+        const SRoi& r = *list.at(unsigned(k));
+        if (!r.bitmask) continue;
+        auto in = [&](int x, int y) {
+            return x >= 0 && y >= 0 && x < w && y < h && r.bitmask[size_t(y) * r.bitmaskStride + size_t(x)];
+        };
+        for (int y = std::max(r.bounds.top, 0); y < std::min(r.bounds.bottom, h); ++y)
+            for (int x = std::max(r.bounds.left, 0); x < std::min(r.bounds.right, w); ++x)
+                if (in(x, y) && !(in(x - 1, y) && in(x + 1, y) && in(x, y - 1) && in(x, y + 1)))
+                    out[size_t(y) * w + x] = 0x1000000u | (r.color & 0xFFFFFF);
+    }
+}
+
 } // namespace
 
 int RunConvert(const SConvertOptions& o)
@@ -44,6 +65,12 @@ int RunConvert(const SConvertOptions& o)
     if (ext != "tif" && ext != "tiff" && ext != "npy" && ext != "csv" && ext != "png")
         return Fail("%s: the output type follows the extension: .tiff, .npy, .csv or .png", o.output.c_str());
 
+    // Before anything is read or written: the output must not replace the
+    // input, whatever the spelling, link or companion file.
+    if (RefuseOverwritingInput(o.input, o.output, "the output")) return kExitFailure;
+    if ((ext == "tif" || ext == "tiff") && RefuseOverwritingInput(o.input, StatusPath(o.output), "the status file"))
+        return kExitFailure;
+
     CRecordingReduction reducer;
     if (!OpenReduction(reducer, o.input, unit, scale, o.emissivity, o.distance)) return kExitFailure;
     const uint64_t total = reducer.numFrames();
@@ -56,6 +83,13 @@ int RunConvert(const SConvertOptions& o)
 
     const unsigned w = reducer.width(), h = reducer.height();
     const size_t n = reducer.pixels();
+    TArray<uint32_t> outlines;
+    if (!o.roi.empty()) {
+        if (ext != "png") return Fail("--roi draws region outlines on .png pictures only, not on .%s", ext.c_str());
+        CRoiList list;
+        if (!LoadRegionFile(list, o.roi, w, h)) return kExitFailure;
+        RegionOutlines(list, outlines);
+    }
     TArray<float> values;
     TArray<unsigned char> status;
     values.resize(n);
@@ -103,7 +137,8 @@ int RunConvert(const SConvertOptions& o)
         } else if (ext == "csv") {
             ok = WriteCsvFrame(csv, i, values.data(), status.data(), w, h, error);
         } else {
-            ok = WritePreviewPng(out.path(), values.data(), status.data(), w, h, label, error);
+            ok = WritePreviewPng(out.path(), values.data(), status.data(), w, h, label, error,
+                                 outlines.empty() ? nullptr : outlines.data());
         }
         if (!ok) return failOutput(o.output);
         progress.Step(page + 1);
@@ -145,6 +180,7 @@ void AddConvert(CLI::App& app)
         "temperature); 'orvreduce info FILE' lists those the recording offers.\n"
         "Example: orvreduce convert scene.qrt --unit temperature --scale K --frames 0:10 -o t.tiff");
     cmd->add_option("FILE", o->input, "Recording to read")->required();
+    cmd->add_option("--roi", o->roi, "Region file whose outlines the .png shows, each in its colour");
     cmd->add_option("-o,--output", o->output, "Output file; its extension chooses the type")->required();
     cmd->add_option("--unit", o->unit, "Unit of the values")->capture_default_str();
     cmd->add_option("--scale", o->scale, "Temperature scale: C, F, K or R")->capture_default_str();

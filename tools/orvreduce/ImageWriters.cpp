@@ -239,7 +239,7 @@ std::string Number(double v)
 } // namespace
 
 bool WritePreviewPng(const std::string& path, const float* values, const unsigned char* status, unsigned width,
-                     unsigned height, const std::string& unitLabel, std::string& error)
+                     unsigned height, const std::string& unitLabel, std::string& error, const uint32_t* overlay)
 {
     (void)unitLabel;
     const size_t n = size_t(width) * height;
@@ -260,6 +260,8 @@ bool WritePreviewPng(const std::string& path, const float* values, const unsigne
             size_t i = size_t(y) * width + x;
             bool bad = (status[i] & kInvalidStatus) || !std::isfinite(values[i]);
             canvas.Set(x, y, bad ? SRGB{0, 160, 0} : Palette((values[i] - lo) / (hi - lo)));
+            if (overlay && (overlay[i] >> 24))
+                canvas.Set(x, y, SRGB{uint8_t(overlay[i]), uint8_t(overlay[i] >> 8), uint8_t(overlay[i] >> 16)});
         }
     const unsigned bx = width + margin, top = 4 * scale, bottom = height - 4 * scale;
     for (unsigned y = top; y < bottom; ++y)

@@ -41,7 +41,10 @@ bool WriteCsvFrame(FILE* file, uint64_t index, const float* values, const unsign
                    unsigned height, std::string& error);
 
 // A false colour picture with a colour bar and its range, for a person.
+// overlay (optional, one per pixel): a non-zero top byte draws the pixel in
+// the colour of the low three bytes, red in the lowest.
 bool WritePreviewPng(const std::string& path, const float* values, const unsigned char* status, unsigned width,
-                     unsigned height, const std::string& unitLabel, std::string& error);
+                     unsigned height, const std::string& unitLabel, std::string& error,
+                     const uint32_t* overlay = nullptr);
 
 } // namespace orv::reduce::cli

@@ -24,14 +24,21 @@ std::string WhyNotLoaded(const std::string& path)
 {
     TSharedPtr<IFile> file = fileSystem()->Open(path.c_str(), IFileSystem::openRead);
     if (!file) return fileSystem()->Exists(path.c_str()) ? "cannot be opened" : "no such file";
-    char magic[6] = {};
-    unsigned long n = file->Read(magic, 6);
+    unsigned char head[26] = {};
+    unsigned long n = file->Read(head, sizeof head);
     file->SeekToBegin();
-    if (n >= 4 && std::memcmp(magic, "SROI", 4) == 0) {
+    if (n >= 4 && std::memcmp(head, "SROI", 4) == 0) {
         if (n < 6) return "binary region file cut short in its header";
-        return "binary region file of version " + std::to_string(uint8_t(magic[4])) + "." + std::to_string(uint8_t(magic[5])) +
-               " is cut short, names more than 256 regions or more points than it holds, or has a version "
-               "other than 0.0 to 0.2 and 1.0 to 1.5";
+        const unsigned major = head[4], minor = head[5];
+        const std::string version = std::to_string(major) + "." + std::to_string(minor);
+        if (major > 1 || (major == 1 && minor > 5) || (major == 0 && minor > 2))
+            return "binary region file of version " + version + "; versions 0.0 to 0.2 and 1.0 to 1.5 are read";
+        const unsigned at = major == 1 ? (minor >= 5 ? 22 : minor >= 3 ? 14 : 6) : 6;
+        uint32_t count = 0;
+        if (n >= at + 4) std::memcpy(&count, head + at, 4);
+        if (n >= at + 4 && count > CRoiList::kMaxBinaryRois)
+            return "binary region file names " + std::to_string(count) + " regions; at most 256 are read";
+        return "binary region file of version " + version + " is cut short or counts more points than it holds";
     }
     CXMLFile xml;
     if (!xml.Load(file)) return "neither a binary region file nor well-formed XML";
@@ -58,9 +65,7 @@ int RunRoi(const SRoiOptions& o)
     if (std::sscanf(o.size.c_str(), "%ux%u%c", &w, &h, &tail) != 2 || w == 0 || h == 0 || w > 65535 || h > 65535)
         return Fail("--size wants WxH from 1x1 to 65535x65535, not '%s'", o.size.c_str());
     CRoiList list;
-    list.SetImageSize(static_cast<unsigned short>(w), static_cast<unsigned short>(h));
-    if (!list.Load(CString(o.input.c_str())))
-        return Fail("%s: %s", o.input.c_str(), WhyNotLoaded(o.input).c_str());
+    if (!LoadRegionFile(list, o.input, w, h)) return kExitFailure;
 
     std::printf("%s: %zu region%s on %u x %u\n", o.input.c_str(), list.size() - 1, list.size() == 2 ? "" : "s", w,
                 h);
@@ -74,8 +79,15 @@ int RunRoi(const SRoiOptions& o)
         char box[64];
         std::snprintf(box, sizeof box, "%d,%d-%d,%d", r.bounds.left, r.bounds.top, r.bounds.right, r.bounds.bottom);
         std::string settings;
-        if (r.useEmissivity) settings += "emissivity " + std::to_string(r.emissivity).substr(0, 5) + " ";
-        if (r.useDistance) settings += "distance " + std::to_string(r.distance).substr(0, 6) + " m";
+        char text[64];
+        if (r.useEmissivity) {
+            std::snprintf(text, sizeof text, "emissivity %g ", r.emissivity);
+            settings += text;
+        }
+        if (r.useDistance) {
+            std::snprintf(text, sizeof text, "distance %g m", r.distance);
+            settings += text;
+        }
         std::printf("%5zu  %-20s %-18s %6zu %-21s %8zu  %s\n", i, r.name.c_str(), RoiTypeToString(r.type),
                     r.points.size(), box, pixels.size(), settings.c_str());
         if (!o.svg.empty()) {
@@ -93,6 +105,14 @@ int RunRoi(const SRoiOptions& o)
 }
 
 } // namespace
+
+bool LoadRegionFile(CRoiList& list, const std::string& path, unsigned w, unsigned h)
+{
+    list.SetImageSize(static_cast<unsigned short>(w), static_cast<unsigned short>(h));
+    if (list.Load(CString(path.c_str()))) return true;
+    Fail("%s: %s", path.c_str(), WhyNotLoaded(path).c_str());
+    return false;
+}
 
 void AddRoi(CLI::App& app)
 {
