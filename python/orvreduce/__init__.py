@@ -193,14 +193,28 @@ class Recording:
 
     # Regions.
     def stats(self, rois: RoiList, frames: Frames = None, unit: str = "temperature",
-              scale: Union[str, int] = "C", as_dict: bool = False) -> Any:
+              scale: Union[str, int] = "C", emissivity: Optional[float] = None,
+              distance: Optional[float] = None, as_dict: bool = False) -> Any:
         """Figures of every region of rois over frames: one row per frame and
-        region with frame, time, region, type, mean, std, min, min_x, min_y,
-        max, max_x, max_y, valid and center. Regions that set their own
-        emissivity or distance are measured with them. A pandas DataFrame when
-        pandas is importable (unless as_dict), else a dict of numpy columns."""
-        from ._stats import measure
-        table = measure(self, rois, self._indices(frames), self.resolve_unit(unit), self._scale(scale))
+        region with frame, time, region (its index in the list), name, type,
+        mean, std, min, min_x, min_y, max, max_x, max_y, valid (pixels),
+        center, and profile (a line region's values, else None), the columns
+        of the program's stats --roi --csv. The list is sized to the
+        frames first; element 0 is the whole frame. Regions that set their own
+        emissivity or distance are measured with them, the others with
+        emissivity and distance (None: the recording's own). A pandas
+        DataFrame when pandas is importable (unless as_dict), else a dict of
+        numpy columns."""
+        table = self._rec.measure(rois, self._indices(frames), self.resolve_unit(unit), self._scale(scale),
+                                  -1.0 if emissivity is None else float(emissivity),
+                                  -1.0 if distance is None else float(distance))
+        ticks = table.pop("ticks")
+        epoch = np.datetime64("1601-01-01T00:00:00", "us")
+        time = epoch + (ticks // 10).astype("timedelta64[us]")
+        table = {"frame": table.pop("frame"), "time": np.where(ticks < 0, np.datetime64("NaT"), time),
+                 "region": table.pop("region"), "name": np.array(table.pop("name"), dtype=object),
+                 "type": np.array(table.pop("type"), dtype=object), **table}
+        table["profile"] = np.array(table["profile"] + [None], dtype=object)[:-1]
         if not as_dict:
             try:
                 import pandas as pd

@@ -13,6 +13,7 @@
 #include "python/src/Common.h"
 #include "reduce/convert/Converter.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
+#include "reduce/roi/RoiRecordingMeter.h"
 #include "reduce/store/RecordingReduction.h"
 #include "reduce/store/VerifyRecording.h"
 
@@ -118,9 +119,6 @@ public:
     py::tuple Read(const std::vector<int64_t>& frames, const std::string& unitText, int scale,
                    double emissivity, double distance, bool withStatus)
     {
-        EUnit unit = ParseUnit(unitText.c_str());
-        if (unit == unitError) throw py::value_error("unknown unit \"" + unitText + "\"");
-        if (scale < tempCelsius || scale > tempRankine) throw py::value_error("unknown temperature scale");
         std::lock_guard<std::mutex> hold(m_lock);
         Check();
         CRecordingReduction& r = *m_reduction;
@@ -128,14 +126,8 @@ public:
             if (f < 0 || uint64_t(f) >= r.numFrames())
                 throw py::index_error("frame " + std::to_string(f) + " is outside 0 to " +
                                       std::to_string(r.numFrames()) + " - 1");
-        if (r.unit() != unit || r.scale() != ETempType(scale)) {
-            if (!r.SetUnit(unit, ETempType(scale))) throw py::value_error(m_path + ": " + Text(r.lastError()));
-        }
-        if (emissivity != m_emissivity || distance != m_distance) {
-            if (!r.SetObjectParameters(emissivity, distance)) throw py::value_error(m_path + ": " + Text(r.lastError()));
-            m_emissivity = emissivity;
-            m_distance = distance;
-        }
+        SetUnit(unitText, scale);
+        SetParameters(emissivity, distance);
         const size_t n = frames.size(), h = r.height(), w = r.width(), pixels = r.pixels();
         py::array_t<float> values({n, h, w});
         py::array_t<uint8_t> status;
@@ -234,10 +226,115 @@ public:
         return py::make_tuple(ok, blocks, Text(v.lastError()));
     }
 
-    CRecordingReduction& reduction() { return *m_reduction; }
-    std::mutex& lock() { return m_lock; }
+    // Every region of list over frames: one row per frame and region, as
+    // columns. emissivity and distance (below 0: the recording's own) hold
+    // for regions that do not set their own.
+    py::dict Measure(CRoiList& list, const std::vector<int64_t>& frames, const std::string& unitText, int scale,
+                     double emissivity, double distance)
+    {
+        std::lock_guard<std::mutex> hold(m_lock);
+        Check();
+        CRecordingReduction& r = *m_reduction;
+        SetUnit(unitText, scale);
+        for (int64_t f : frames) CheckIndex(f);
+        if (emissivity >= 0 && !(emissivity > 0 && emissivity <= 1))
+            throw py::value_error("the emissivity must lie in (0, 1]");
+        SetParameters(-1, -1);
+        CRoiRecordingMeter meter;
+        if (!meter.Prepare(r, list, emissivity, distance)) throw py::value_error(m_path + ": " + Text(meter.lastError()));
+        // The meter leaves the reduction in these parameters.
+        m_emissivity = emissivity < 0 ? -1 : emissivity;
+        m_distance = distance < 0 ? -1 : distance;
+        const size_t regions = list.size(), rows = frames.size() * regions;
+        py::array_t<int64_t> frame(rows), region(rows), ticks(rows), minX(rows), minY(rows), maxX(rows), maxY(rows), valid(rows);
+        py::array_t<double> mean(rows), stdDev(rows), minV(rows), maxV(rows), center(rows);
+        std::vector<uint8_t> ok(frames.size(), 0);
+        std::vector<std::vector<double>> profiles(rows);
+        std::vector<uint8_t> hasProfile(rows, 0);
+        size_t failed = 0;
+        {
+            py::gil_scoped_release release;
+            TArray<SRoiFigures> figures;
+            size_t row = 0;
+            for (size_t i = 0; i < frames.size(); ++i) {
+                if (!meter.Measure(uint64_t(frames[i]), figures) || figures.size() != regions) {
+                    failed = i;
+                    break;
+                }
+                ok[i] = 1;
+                TSharedPtr<CFrameInfoReduceObject> fi = r.reader().reduceObjs().GetFrameInfo(r.preset(), false);
+                const int64_t t = fi && !fi->time.IsEmpty() ? fi->time.ticks() : -1;
+                for (size_t k = 0; k < regions; ++k, ++row) {
+                    const CStats& st = figures[k].stats;
+                    frame.mutable_at(row) = frames[i];
+                    region.mutable_at(row) = int64_t(k);
+                    if (figures[k].profilePoints.size()) {
+                        hasProfile[row] = 1;
+                        profiles[row].assign(figures[k].profile.begin(), figures[k].profile.end());
+                    }
+                    ticks.mutable_at(row) = t;
+                    mean.mutable_at(row) = st.mean;
+                    stdDev.mutable_at(row) = st.standardDeviation;
+                    minV.mutable_at(row) = st.minValue;
+                    maxV.mutable_at(row) = st.maxValue;
+                    minX.mutable_at(row) = st.minPosition.x;
+                    minY.mutable_at(row) = st.minPosition.y;
+                    maxX.mutable_at(row) = st.maxPosition.x;
+                    maxY.mutable_at(row) = st.maxPosition.y;
+                    valid.mutable_at(row) = st.numPixels;
+                    center.mutable_at(row) = figures[k].centerValue;
+                }
+            }
+        }
+        if (frames.size() && !ok.back())
+            RaiseOSError(m_path + ": frame " + std::to_string(frames[failed]) + ": " + Text(meter.lastError()));
+        py::list names, types, profile;
+        for (size_t i = 0, row = 0; i < frames.size(); ++i)
+            for (size_t k = 0; k < regions; ++k, ++row) {
+                names.append(Text(list.at(unsigned(k))->name));
+                types.append(std::string(RoiTypeToString(list.at(unsigned(k))->type)));
+                profile.append(hasProfile[row] ? py::object(py::array_t<double>(profiles[row].size(), profiles[row].data()))
+                                               : py::object(py::none()));
+            }
+        py::dict d;
+        d["frame"] = frame;
+        d["ticks"] = ticks;
+        d["region"] = region;
+        d["name"] = names;
+        d["type"] = types;
+        d["mean"] = mean;
+        d["std"] = stdDev;
+        d["min"] = minV;
+        d["min_x"] = minX;
+        d["min_y"] = minY;
+        d["max"] = maxV;
+        d["max_x"] = maxX;
+        d["max_y"] = maxY;
+        d["valid"] = valid;
+        d["center"] = center;
+        d["profile"] = profile;
+        return d;
+    }
 
 private:
+    void SetUnit(const std::string& unitText, int scale)
+    {
+        EUnit unit = ParseUnit(unitText.c_str());
+        if (unit == unitError) throw py::value_error("unknown unit \"" + unitText + "\"");
+        if (scale < tempCelsius || scale > tempRankine) throw py::value_error("unknown temperature scale");
+        CRecordingReduction& r = *m_reduction;
+        if (r.unit() != unit || r.scale() != ETempType(scale)) {
+            if (!r.SetUnit(unit, ETempType(scale))) throw py::value_error(m_path + ": " + Text(r.lastError()));
+        }
+    }
+    void SetParameters(double emissivity, double distance)
+    {
+        if (emissivity == m_emissivity && distance == m_distance) return;
+        if (!m_reduction->SetObjectParameters(emissivity, distance))
+            throw py::value_error(m_path + ": " + Text(m_reduction->lastError()));
+        m_emissivity = emissivity < 0 ? -1 : emissivity;
+        m_distance = distance < 0 ? -1 : distance;
+    }
     void Check() const
     {
         if (!m_reduction->isOpen()) throw py::value_error("the recording " + m_path + " is closed");
@@ -271,7 +368,9 @@ void BindRecording(py::module_& m)
              py::arg("emissivity"), py::arg("distance"), py::arg("status"))
         .def("raw", &CPyRecording::Raw, py::arg("index"))
         .def("frame_info", &CPyRecording::FrameInfo, py::arg("index"))
-        .def("verify", &CPyRecording::Verify);
+        .def("verify", &CPyRecording::Verify)
+        .def("measure", &CPyRecording::Measure, py::arg("rois"), py::arg("frames"), py::arg("unit"), py::arg("scale"),
+             py::arg("emissivity"), py::arg("distance"));
 }
 
 } // namespace orv::reduce::python

@@ -114,3 +114,41 @@ def test_threads_read_in_parallel_with_the_same_result(tmp_path):
         t.join()
     for key, values in results.items():
         np.testing.assert_array_equal(values, expected)
+
+
+def test_stats_of_regions_match_the_program_and_the_scene(recording, tmp_path):
+    import csv
+
+    rois = orvreduce.RoiList()
+    rois.set_image_size(64, 48)
+    rois.add(orvreduce.Roi.rect("left band", 0, 0, 6, 48))
+    hot = orvreduce.Roi.ellipse("disc, e=0.8", 16, 24, 3, 3)
+    hot.emissivity = 0.8
+    rois.add(hot)
+    rois.add(orvreduce.Roi.line("profile", 2, 24, 60, 24))
+    path = str(tmp_path / "regions.xml")
+    rois.save(path)
+    again = orvreduce.RoiList.load(path)
+    assert again.names == rois.names and again[2].emissivity == pytest.approx(0.8)
+    with orvreduce.open(recording) as rec:
+        table = rec.stats(again, frames=slice(0, 3), as_dict=True)
+        frame0 = rec.read(0)[0]
+    assert list(table["name"][:4]) == ["Image", "left band", "disc, e=0.8", "profile"]
+    assert len(table["frame"]) == 12 and table["time"].dtype.kind == "M"
+    # The whole frame's figures are the frame's own; the band's mean is the gradient's.
+    assert table["mean"][0] == pytest.approx(frame0.mean(dtype=np.float64), rel=1e-6)
+    assert table["max"][0] == pytest.approx(frame0.max()) and table["valid"][0] == 64 * 48
+    assert table["mean"][1] == pytest.approx(20 + 15 * 2.5 / 63, abs=0.05)
+    assert table["mean"][2] > 125 and table["profile"][3] is not None and table["profile"][1] is None
+    out = run("stats", recording, "--roi", path, "--frames", "0:3", "--csv").stdout
+    rows = list(csv.DictReader(out.splitlines()))
+    assert len(rows) == 12
+    for i, row in enumerate(rows):
+        assert int(row["frame"]) == table["frame"][i] and row["name"] == table["name"][i]
+        for key in ("mean", "std", "min", "max", "center"):
+            assert float(row[key]) == pytest.approx(table[key][i], rel=1e-5, abs=1e-4), (i, key)
+        for key in ("min_x", "min_y", "max_x", "max_y", "valid"):
+            assert int(row[key]) == table[key][i], (i, key)
+    with pytest.raises(OSError, match="regions.bin"):
+        (tmp_path / "regions.bin").write_bytes(b"SROI\xff\xff\xff\xff")
+        orvreduce.RoiList.load(str(tmp_path / "regions.bin"))
