@@ -11,7 +11,7 @@ JOBS       ?= $(shell nproc)
 CCACHE     := $(shell command -v ccache 2>/dev/null)
 CMAKE_ARGS ?= $(if $(CCACHE),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 
-.PHONY: all deps configure build test test-asan bench demo fuzz fuzz-merge clean
+.PHONY: all deps configure build test test-asan bench demo fuzz fuzz-merge python clean
 
 all: build
 
@@ -37,6 +37,10 @@ test-asan: deps
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b --benchmark_min_time=0.2; done
+
+# The Python package in $(BUILD)/python: PYTHONPATH=$(BUILD)/python /usr/bin/python3 -c "import orvreduce"
+python: configure
+	cmake --build $(BUILD) -j $(JOBS) --target python_package orvreduce_cli
 
 # Builds only the program and what it links, then runs its tour.
 demo: configure
