@@ -249,8 +249,10 @@ TSharedPtr<CFrameInfoReduceObject> CRecordingReduction::FrameInfo(uint64_t index
         Fail("frame %llu carries no frame info", static_cast<unsigned long long>(index));
         return nullptr;
     }
-    // A copy, so that the next frame decoded does not change it.
-    return info->Duplicate().DynamicCast<CFrameInfoReduceObject>();
+    // A copy, so that the next frame decoded does not change it; made here
+    // rather than by Duplicate, whose pointer to the base type must not be
+    // released last through a pointer to this type.
+    return TSharedPtr<CFrameInfoReduceObject>(new CFrameInfoReduceObject(*info));
 }
 
 } // namespace orv::reduce
