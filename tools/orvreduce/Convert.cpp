@@ -100,7 +100,7 @@ int RunConvert(const SConvertOptions& o)
             if (ok && !tiffStatus.AddPage(status.data(), w, h, page, pages, error))
                 return failOutput(statusOut->finalPath());
         } else if (ext == "npy") {
-            ok = npy.AddFrame(values.data(), n, error);
+            ok = npy.AddFrames(values.data(), n, error);
         } else if (ext == "csv") {
             ok = WriteCsvFrame(csv, i, values.data(), status.data(), w, h, error);
         } else {
