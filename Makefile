@@ -3,10 +3,15 @@ BUILD      ?= build
 BUILD_ASAN ?= build-asan
 BUILD_FUZZ ?= build-fuzz
 FUZZ_SECONDS ?= 60
+# Any allocation beyond this, driven by an input, is a finding.
+FUZZ_MALLOC_MB ?= 1024
 JOBS       ?= $(shell nproc)
-CMAKE_ARGS ?=
+# ccache, when the machine has it, lets the builds share what they compiled
+# before (a second `make test-asan` recompiles only what changed).
+CCACHE     := $(shell command -v ccache 2>/dev/null)
+CMAKE_ARGS ?= $(if $(CCACHE),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 
-.PHONY: all deps configure build test test-asan bench demo fuzz clean
+.PHONY: all deps configure build test test-asan bench demo fuzz fuzz-merge clean
 
 all: build
 
@@ -22,7 +27,8 @@ build: configure
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
-# AddressSanitizer + UndefinedBehaviorSanitizer build of the library and all tests.
+# AddressSanitizer + UndefinedBehaviorSanitizer build of the library and all
+# tests, the fuzz corpus replays included; no benchmarks.
 test-asan: deps
 	cmake -S . -B $(BUILD_ASAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORV_SANITIZE=ON -DORV_BENCH=OFF $(CMAKE_ARGS)
 	cmake --build $(BUILD_ASAN) -j $(JOBS)
@@ -39,9 +45,13 @@ demo: configure
 
 # libFuzzer with AddressSanitizer and UndefinedBehaviorSanitizer (clang): each
 # target runs FUZZ_SECONDS on a copy of its corpus; crashes, hangs (10 s),
-# leaks and out-of-memory stop it and leave the input in $(BUILD_FUZZ)/fuzz-findings.
+# leaks, one allocation above FUZZ_MALLOC_MB and out-of-memory stop it and
+# leave the input in $(BUILD_FUZZ)/fuzz-findings. `make fuzz-merge` then
+# folds what the run reached into fuzz/corpus (libFuzzer -merge=1 keeps only
+# inputs that add coverage), so that `make test` replays it.
 # Target and the largest input worth trying, in bytes:
-FUZZ_TARGETS = fuzz_info_file:16384 fuzz_reduce_object:8192 fuzz_recording:16384 fuzz_convert:16384 fuzz_frame_filter:4096 \
+FUZZ_TARGETS = fuzz_info_file:16384 fuzz_reduce_object:8192 fuzz_recording:16384 fuzz_convert:16384 fuzz_reduction:16384 \
+               fuzz_frame_filter:4096 \
                fuzz_rcal_file:8192 fuzz_xml_file:8192 fuzz_norm_file:4096 fuzz_jpeg:8192 \
                fuzz_deinterlace:1024 fuzz_text:256
 fuzz: deps
@@ -54,7 +64,17 @@ fuzz: deps
 	  echo "== $$name ($(FUZZ_SECONDS) s)"; \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  $(BUILD_FUZZ)/fuzz/$$name $$work -max_total_time=$(FUZZ_SECONDS) -max_len=$$len -timeout=10 \
-	    -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix=$(BUILD_FUZZ)/fuzz-findings/$$name-; \
+	    -rss_limit_mb=2048 -malloc_limit_mb=$(FUZZ_MALLOC_MB) -print_final_stats=1 \
+	    -artifact_prefix=$(BUILD_FUZZ)/fuzz-findings/$$name-; \
+	done
+
+fuzz-merge:
+	@set -e; for entry in $(FUZZ_TARGETS); do \
+	  name=$${entry%%:*}; len=$${entry##*:}; work=$(BUILD_FUZZ)/fuzz-corpus/$$name; \
+	  test -d $$work || { echo "$$work: run make fuzz first"; exit 1; }; \
+	  echo "== $$name: merging"; \
+	  $(BUILD_FUZZ)/fuzz/$$name -merge=1 -max_len=$$len -timeout=10 -rss_limit_mb=2048 \
+	    -malloc_limit_mb=$(FUZZ_MALLOC_MB) fuzz/corpus/$$name $$work; \
 	done
 
 clean:

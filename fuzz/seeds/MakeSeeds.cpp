@@ -165,6 +165,8 @@ void Recordings()
     Write("fuzz_recording", "yuv-old-header", Recording(pixelYUV, 2, true));
     Write("fuzz_convert", "counts", Recording(pixelGrayscale, 2, false));
     Write("fuzz_convert", "calibrated", Recording(pixelGrayscale, 2, false, true));
+    Write("fuzz_reduction", "counts", Recording(pixelGrayscale, 2, false));
+    Write("fuzz_reduction", "calibrated", Recording(pixelGrayscale, 2, false, true));
 }
 
 void Frames()

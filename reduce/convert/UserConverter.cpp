@@ -127,6 +127,13 @@ bool CUserConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& 
         if (type == CRCalFile::BACKGROUND_VALUE) {
             cal.GetBackgroundValue(i, background[i]);
         } else if (type == CRCalFile::BACKGROUND_FILE) {
+            // The image is indexed by frame position: one that is not the
+            // frame cannot serve, and a zero stand-by sized from a damaged
+            // image claim would be backed by nothing. The preset is unusable.
+            // A source info without a frame size leaves the image standing for it.
+            if (info && (info->frameWidth || info->frameHeight) &&
+                (width != info->frameWidth || height != info->frameHeight))
+                return false;
             unsigned int crc = 0;
             bool loaded = false;
             if (cal.GetBackgroundFileCRC(i, width, height, crc)) {

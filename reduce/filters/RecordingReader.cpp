@@ -10,6 +10,10 @@ namespace orv::reduce {
 namespace {
 
 constexpr uint64_t kAllOnes = ~uint64_t(0);
+// No frame layout makes more pixels than this of one byte of frame (raw
+// layouts give at most one, compressed ones a few): a larger claim is damage,
+// and a buffer sized from it would be backed by nothing in the file.
+constexpr uint64_t kMaxPixelsPerFrameByte = 16;
 
 const char* DataTypeText(EDataType type)
 {
@@ -121,6 +125,17 @@ bool CRecordingReader::Open(TSharedPtr<IFile> file)
     m_height = info && info->frameHeight ? info->frameHeight : m_header.frameHeight;
     if (info)
         for (const SPresetInfo& p : info->presets) m_declared += p.numFrames;
+    if (uint64_t(m_width) * m_height > uint64_t(m_header.frameStride) * kMaxPixelsPerFrameByte)
+        return Fail("the frame size %ux%u disagrees with the frame stride: %llu pixels cannot come from %u bytes",
+                    m_width, m_height, static_cast<unsigned long long>(uint64_t(m_width) * m_height),
+                    m_header.frameStride);
+    // Converters size per-pixel images by the source info's image: held to
+    // the same bound.
+    if (info && uint64_t(info->imageWidth) * info->imageHeight > uint64_t(m_header.frameStride) * kMaxPixelsPerFrameByte)
+        return Fail("the image size %ux%u disagrees with the frame stride: %llu pixels cannot come from %u bytes",
+                    info->imageWidth, info->imageHeight,
+                    static_cast<unsigned long long>(uint64_t(info->imageWidth) * info->imageHeight),
+                    m_header.frameStride);
 
     if (m_trailing != 0)
         m_warning = CString::FromFormat("the last frame is cut short: %llu of %u bytes",

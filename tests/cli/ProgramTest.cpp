@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <tiffio.h>
+#include <zlib.h>
 
 namespace {
 
@@ -52,12 +53,14 @@ protected:
     }
     static void TearDownTestSuite() { std::system(("rm -rf " + dir).c_str()); }
 
-    static SRun Run(const std::string& args)
+    // prefix goes before the program in the shell command: a limit, or
+    // variables of its environment.
+    static SRun Run(const std::string& args, const std::string& prefix = "")
     {
         SRun r;
         std::string out = dir + "/.stdout", err = dir + "/.stderr";
         // From the test folder, so that file names may be given bare.
-        std::string cmd = "cd " + dir + " && " + ORVREDUCE_PROGRAM + " " + args + " >" + out + " 2>" + err;
+        std::string cmd = "cd " + dir + " && " + prefix + ORVREDUCE_PROGRAM + " " + args + " >" + out + " 2>" + err;
         int status = std::system(cmd.c_str());
         // The shell reports a signal as 128 + its number.
         r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -338,3 +341,116 @@ TEST_F(ProgramTest, BadInputGivesOneLineAndNoOutput)
 }
 
 } // namespace
+
+namespace {
+
+std::vector<unsigned char> Bytes(const std::string& path)
+{
+    std::string s = Slurp(path);
+    return std::vector<unsigned char>(s.begin(), s.end());
+}
+
+void PutBytes(const std::string& path, const std::vector<unsigned char>& bytes)
+{
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+void Put16(std::vector<unsigned char>& b, uint64_t at, unsigned v)
+{
+    b[at] = static_cast<unsigned char>(v & 0xff);
+    b[at + 1] = static_cast<unsigned char>(v >> 8);
+}
+
+} // namespace
+
+TEST_F(ProgramTest, OutputsThatWouldReplaceTheInputAreRefused)
+{
+    const std::vector<unsigned char> scene = Bytes(Path("scene.qrt"));
+    PutBytes(Path("rec.npy"), scene);
+    PutBytes(Path("rec.status.tiff"), scene);
+    ASSERT_EQ(::mkdir(Path("sub").c_str(), 0777), 0);
+    ASSERT_EQ(::link(Path("rec.npy").c_str(), Path("hard.npy").c_str()), 0);
+    ASSERT_EQ(::symlink("rec.npy", Path("soft.npy").c_str()), 0);
+    const char* cases[] = {"convert rec.npy -o rec.npy", "convert rec.npy -o ./sub/../rec.npy",
+                           "convert sub/../rec.npy -o rec.npy", "convert rec.npy -o hard.npy",
+                           "convert rec.npy -o soft.npy", "convert rec.status.tiff -o rec.tiff",
+                           "synth rec.npy --size 8x8 --frames 1"};
+    for (const char* args : cases) {
+        SRun r = Run(args);
+        EXPECT_NE(r.exitCode, 0) << args;
+        EXPECT_FALSE(r.signaled) << args;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << args << ": " << r.err;
+        EXPECT_EQ(Bytes(Path("rec.npy")), scene) << args;
+        EXPECT_EQ(Bytes(Path("rec.status.tiff")), scene) << args;
+        EXPECT_FALSE(Exists(Path("rec.tiff"))) << args;
+        EXPECT_TRUE(Leftovers("rec").size() == 2) << args;
+    }
+    EXPECT_NE(Run("synth rec.npy").err.find("--force"), std::string::npos);
+    SRun r = Run("synth rec.npy --size 8x8 --frames 1 --force");
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(Bytes(Path("rec.npy")), scene);
+}
+
+// Recordings whose sizes claim more than their bytes hold: one line naming
+// the file and the sizes, no output, and no allocation the file cannot back
+// (the program runs with 1 GB of address space).
+TEST_F(ProgramTest, SizesTheFileCannotHoldAreRefused)
+{
+    const std::vector<unsigned char> scene = Bytes(Path("scene.qrt"));
+    SRun r = Run("info --json " + Path("scene.qrt"));
+    auto j = nlohmann::json::parse(r.out);
+    uint64_t info = 0, pixels = 0;
+    for (auto& b : j["blocks"]) {
+        if (b["name"] == "SourceInfo") info = b["offset"].get<uint64_t>();
+        if (b["name"] == "Pixels") pixels = b["offset"].get<uint64_t>() + 77;
+    }
+    ASSERT_GT(info, 0u);
+    ASSERT_GT(pixels, 0u);
+    // Offsets in the source info record and the pixels header.
+    constexpr unsigned kImageWidth = 80, kFrameWidth = 123, kStride = 48, kHeaderFrameWidth = 34;
+    struct SCase {
+        const char* name;
+        unsigned imageSize, frameSize, headerFrameSize, stride;
+        const char* says;
+    } cases[] = {
+        {"bigframe.qrt", 96, 65535, 96, 256, "65535x65535"},   // the source info's frame
+        {"bigheader.qrt", 96, 0, 65535, 256, "65535x65535"},   // no frame there: the header's
+        {"bigimage.qrt", 65535, 96, 96, 12288, "65535x65535"}, // an image no frame backs
+    };
+    for (const SCase& c : cases) {
+        std::vector<unsigned char> b = scene;
+        const uint64_t payload = info + 77;
+        Put16(b, payload + kImageWidth, c.imageSize);
+        Put16(b, payload + kImageWidth + 2, c.imageSize == 96 ? 64 : c.imageSize);
+        Put16(b, payload + kFrameWidth, c.frameSize);
+        Put16(b, payload + kFrameWidth + 2, c.frameSize == 96 ? 64 : c.frameSize);
+        Put16(b, pixels + kHeaderFrameWidth, c.headerFrameSize);
+        Put16(b, pixels + kHeaderFrameWidth + 2, c.headerFrameSize == 96 ? 64 : c.headerFrameSize);
+        for (int i = 0; i < 4; ++i) b[pixels + kStride + i] = static_cast<unsigned char>(c.stride >> (8 * i));
+        // The source info's CRC, at offset 73 of its block header, made good.
+        uint64_t size = 0;
+        for (int i = 0; i < 8; ++i) size |= uint64_t(b[info + 65 + i]) << (8 * i);
+        const uLong crc = crc32(0, &b[payload], static_cast<uInt>(size));
+        for (int i = 0; i < 4; ++i) b[info + 73 + i] = static_cast<unsigned char>(crc >> (8 * i));
+        PutBytes(Path(c.name), b);
+
+        for (std::string cmd : {"stats ", "convert ", "frames "}) {
+            std::string args = cmd + c.name + (cmd == "convert " ? " -o out-big.npy" : "");
+#ifdef ORV_TEST_SANITIZED
+            r = Run(args, "ASAN_OPTIONS=$ASAN_OPTIONS:max_allocation_size_mb=1024 ");
+#else
+            r = Run(args, "ulimit -v 1048576 && ");
+#endif
+            EXPECT_EQ(r.exitCode, 1) << args << ": " << r.err;
+            EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << args << ": " << r.err;
+            EXPECT_NE(r.err.find(c.name), std::string::npos) << args << ": " << r.err;
+            EXPECT_NE(r.err.find(c.says), std::string::npos) << args << ": " << r.err;
+            EXPECT_NE(r.err.find(std::to_string(c.stride) + " bytes"), std::string::npos) << args << ": " << r.err;
+            EXPECT_TRUE(Leftovers("out-").empty()) << args;
+        }
+        // verify checks CRCs, which are good: the sizes are what it reports.
+        r = Run(std::string("verify ") + c.name);
+        EXPECT_NE(r.exitCode, 0) << c.name;
+        EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+    }
+}

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "reduce/convert/Converter.h"
@@ -75,6 +76,22 @@ void PrintWarning(CRecordingReader& reader, const std::string& path)
         std::fprintf(stderr, "orvreduce: %s: warning: %s\n", path.c_str(), reader.warning().c_str());
 }
 
+bool OpenReduction(CRecordingReduction& reduction, const std::string& path, EUnit unit, ETempType scale,
+                   double emissivity, double distance)
+{
+    if (!fileSystem()->Exists(path.c_str())) {
+        Fail("%s: no such file", path.c_str());
+        return false;
+    }
+    if (!reduction.Open(CString(path.c_str())) || !reduction.SetUnit(unit, scale) ||
+        !reduction.SetObjectParameters(emissivity, distance)) {
+        Fail("%s: %s", path.c_str(), reduction.lastError().c_str());
+        return false;
+    }
+    PrintWarning(reduction.reader(), path);
+    return true;
+}
+
 bool ParseUnitName(const std::string& text, EUnit& unit)
 {
     std::string t = Lower(text);
@@ -136,6 +153,20 @@ bool ParseFrameRange(const std::string& text, uint64_t numFrames, uint64_t& firs
         if (!b.empty() && !ParseIndex(b, end)) return false;
     }
     return first < end && end <= numFrames;
+}
+
+bool SameFile(const std::string& a, const std::string& b)
+{
+    struct stat sa, sb;
+    if (::stat(a.c_str(), &sa) != 0 || ::stat(b.c_str(), &sb) != 0) return false;
+    return sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
+}
+
+bool RefuseOverwritingInput(const std::string& input, const std::string& output, const char* what)
+{
+    if (!SameFile(input, output)) return false;
+    Fail("%s: %s %s is the input file; choose another name", input.c_str(), what, output.c_str());
+    return true;
 }
 
 CTempOutput::CTempOutput(std::string finalPath) : m_final(std::move(finalPath))

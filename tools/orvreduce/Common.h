@@ -10,6 +10,7 @@
 #include "orv/Types.h"
 #include "reduce/filters/RecordingReader.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
+#include "reduce/store/RecordingReduction.h"
 
 namespace orv::reduce::cli {
 
@@ -30,6 +31,12 @@ bool OpenRecording(CRecordingReader& reader, const std::string& path);
 // reading; one line on standard error, nothing when there is none.
 void PrintWarning(CRecordingReader& reader, const std::string& path);
 
+// Opens a recording for reduction to unit and scale with the given
+// emissivity and distance (below 0: the recording's own); on failure prints
+// why, naming the file, and returns false. Prints the reader's warning.
+bool OpenReduction(CRecordingReduction& reduction, const std::string& path, EUnit unit, ETempType scale,
+                   double emissivity, double distance);
+
 // Unit names: the system's own texts ("Temperature (User)") or the short
 // forms counts, radiance, temperature.
 bool ParseUnitName(const std::string& text, EUnit& unit);
@@ -40,6 +47,13 @@ std::string UnitLabel(EUnit unit, ETempType scale);
 
 // Frame ranges "A:B" (B excluded), "A:" or "A"; checked against numFrames.
 bool ParseFrameRange(const std::string& text, uint64_t numFrames, uint64_t& first, uint64_t& end);
+
+// True when both names lead to one existing file: device and inode after
+// links and relative spellings are resolved, never by comparing the names.
+bool SameFile(const std::string& a, const std::string& b);
+// Fails, naming both, when writing output (or its companion) would replace
+// the input; the command then writes nothing.
+bool RefuseOverwritingInput(const std::string& input, const std::string& output, const char* what);
 
 // A file written beside its final name and renamed into place by Commit; the
 // destructor removes it unless committed, so a failure leaves nothing behind.
@@ -86,7 +100,8 @@ void AddSynth(CLI::App& app);
 void AddDemo(CLI::App& app);
 
 // Entry points shared between commands (demo runs the others).
-int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames);
+// An existing file at path is replaced only with force.
+int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, bool force);
 int RunInfo(const std::string& path, bool json);
 int RunVerify(const std::string& path, bool quiet);
 

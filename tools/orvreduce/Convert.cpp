@@ -8,7 +8,6 @@
 #include "reduce/convert/Converter.h"
 #include "tools/orvreduce/Common.h"
 #include "tools/orvreduce/ImageWriters.h"
-#include "tools/orvreduce/Reducer.h"
 
 namespace orv::reduce::cli {
 
@@ -45,9 +44,15 @@ int RunConvert(const SConvertOptions& o)
     if (ext != "tif" && ext != "tiff" && ext != "npy" && ext != "csv" && ext != "png")
         return Fail("%s: the output type follows the extension: .tiff, .npy, .csv or .png", o.output.c_str());
 
-    CFrameReducer reducer;
-    if (!reducer.Open(o.input, unit, scale, o.emissivity, o.distance)) return kExitFailure;
-    const uint64_t total = reducer.reader().numFrames();
+    // Before anything is read or written: the output must not replace the
+    // input, whatever the spelling, link or companion file.
+    if (RefuseOverwritingInput(o.input, o.output, "the output")) return kExitFailure;
+    if ((ext == "tif" || ext == "tiff") && RefuseOverwritingInput(o.input, StatusPath(o.output), "the status file"))
+        return kExitFailure;
+
+    CRecordingReduction reducer;
+    if (!OpenReduction(reducer, o.input, unit, scale, o.emissivity, o.distance)) return kExitFailure;
+    const uint64_t total = reducer.numFrames();
     uint64_t first = 0, end = 0;
     if (!ParseFrameRange(o.frames, total, first, end))
         return Fail("%s: bad frame range '%s': the recording has frames 0 to %llu", o.input.c_str(),
@@ -88,9 +93,9 @@ int RunConvert(const SConvertOptions& o)
 
     CProgress progress("convert", count);
     for (uint64_t i = first; i < end; ++i) {
-        if (!reducer.Reduce(i, values.data(), status.data())) {
+        if (!reducer.Reduce(i, values.data(), status.data(), n)) {
             if (csv) std::fclose(csv);
-            return kExitFailure;
+            return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());
         }
         const uint32_t page = static_cast<uint32_t>(i - first), pages = static_cast<uint32_t>(count);
         bool ok = true;

@@ -22,7 +22,8 @@ static int RunDemo(std::string dir)
     auto step = [](const char* title) { std::printf("\n== %s\n", title); std::fflush(stdout); };
 
     step("orvreduce synth scene.qrt --size 320x256 --frames 20");
-    if (int rc = RunSynth(qrt, 320, 256, 20)) return rc;
+    // The tour's own file: a second tour in the same folder replaces it.
+    if (int rc = RunSynth(qrt, 320, 256, 20, true)) return rc;
     std::printf("wrote %s\n", qrt.c_str());
     step("orvreduce info scene.qrt");
     if (int rc = RunInfo(qrt, false)) return rc;

@@ -4,7 +4,6 @@
 
 #include "reduce/kernels/Stats.h"
 #include "tools/orvreduce/Common.h"
-#include "tools/orvreduce/Reducer.h"
 
 namespace orv::reduce::cli {
 
@@ -14,8 +13,8 @@ int RunStats(const SStatsOptions& o)
     ETempType scale;
     if (!ParseUnitName(o.unit, unit)) return Fail("unknown unit '%s'", o.unit.c_str());
     if (!ParseScale(o.scale, scale)) return Fail("unknown temperature scale '%s' (use C, F, K or R)", o.scale.c_str());
-    CFrameReducer reducer;
-    if (!reducer.Open(o.input, unit, scale, -1, -1)) return kExitFailure;
+    CRecordingReduction reducer;
+    if (!OpenReduction(reducer, o.input, unit, scale, -1, -1)) return kExitFailure;
     const unsigned w = reducer.width(), h = reducer.height();
 
     SArea area{0, 0, static_cast<uint16_t>(h - 1), static_cast<uint16_t>(w - 1)};
@@ -31,7 +30,7 @@ int RunStats(const SStatsOptions& o)
                      static_cast<uint16_t>(rx + rw - 1)};
     }
     uint64_t first = 0, end = 0;
-    const uint64_t total = reducer.reader().numFrames();
+    const uint64_t total = reducer.numFrames();
     if (!ParseFrameRange(o.frames, total, first, end))
         return Fail("%s: bad frame range '%s': the recording has frames 0 to %llu", o.input.c_str(),
                     o.frames.c_str(), static_cast<unsigned long long>(total - 1));
@@ -47,7 +46,8 @@ int RunStats(const SStatsOptions& o)
         std::printf("%s, region x %u y %u, %u x %u\n%6s %10s %9s %10s %11s %10s %11s %8s\n", label.c_str(), rx, ry,
                     rw, rh, "frame", "mean", "std", "min", "at", "max", "at", "valid");
     for (uint64_t i = first; i < end; ++i) {
-        if (!reducer.Reduce(i, values.data(), status.data())) return kExitFailure;
+        if (!reducer.Reduce(i, values.data(), status.data(), values.size()))
+            return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());
         CStats s;
         if (!GetStats(s, STypedData(values.data(), dtFlt32), status.data(), static_cast<unsigned short>(w),
                       static_cast<unsigned short>(h), area))

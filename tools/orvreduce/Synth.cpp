@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <string>
+#include <sys/stat.h>
 
 #include "orv/PixelType.h"
 #include "orv/RCalFile.h"
@@ -126,8 +127,12 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
 
 } // namespace
 
-int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames)
+int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, bool force)
 {
+    // A recording is data: replacing one takes a word from the user.
+    struct stat st;
+    if (!force && ::stat(path.c_str(), &st) == 0)
+        return Fail("%s: the file exists; add --force to replace it", path.c_str());
     if (width < 8 || height < 8 || width > 65535 || height > 65535)
         return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", width, height);
     if (frames == 0) return Fail("synth: at least one frame is needed");
@@ -175,6 +180,7 @@ void AddSynth(CLI::App& app)
         std::string path;
         std::string size = "320x256";
         unsigned frames = 10;
+        bool force = false;
     };
     auto args = std::make_shared<SArgs>();
     CLI::App* cmd = app.add_subcommand("synth", "Write a synthetic recording of a known temperature scene");
@@ -188,12 +194,13 @@ void AddSynth(CLI::App& app)
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
+    cmd->add_flag("--force", args->force, "Replace FILE when it exists");
     cmd->callback([args] {
         unsigned w = 0, h = 0;
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = RunSynth(args->path, w, h, args->frames);
+        int rc = RunSynth(args->path, w, h, args->frames, args->force);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;
     });

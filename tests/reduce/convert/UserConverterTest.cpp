@@ -306,6 +306,19 @@ TEST(UserConverter, UpdateReadsBackgroundsOnceAndDegradesToZero)
     ASSERT_TRUE(user.Update(unitCounts, tempCelsius, objs, unitTemperatureUser, tempCelsius, presets, 2, 0));
     EXPECT_DOUBLE_EQ(user.backgroundImage[0][0], 9.0);
 
+    // A background is indexed by frame position: an image that is not the
+    // frame makes the preset unusable, and no zero image is made for it.
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    info->frameWidth = 4;
+    info->frameHeight = 2;
+    ASSERT_TRUE(user.Update(unitCounts, tempCelsius, objs, unitTemperatureUser, tempCelsius, presets, 2, 0));
+    for (uint16_t size : {uint16_t(2), uint16_t(65535)}) {
+        info->imageWidth = info->imageHeight = size;
+        CUserConverter fresh;
+        EXPECT_FALSE(fresh.Update(unitCounts, tempCelsius, objs, unitTemperatureUser, tempCelsius, presets, 2, 0));
+        EXPECT_LE(fresh.backgroundImage[1].size(), 8u);
+    }
+
     // Without a calibration object Update fails.
     CReduceObjectArray bare;
     AddSourceInfo(bare, unitCounts, 4, 2);

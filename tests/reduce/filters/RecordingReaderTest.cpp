@@ -218,3 +218,41 @@ TEST(RecordingReader, DamagedBytesNeverBreakTheReader)
             }
         }
 }
+
+TEST(RecordingReader, SizesTheFrameStrideCannotBackAreRefused)
+{
+    // Frames of 4x3 pixels, 24 bytes: at most 16 pixels a byte, 384, may be
+    // claimed for a frame or an image. The source info is patched at its
+    // documented offsets, and its CRC made good.
+    constexpr unsigned kImageAt = 80, kFrameAt = 123;
+    struct SCase {
+        uint16_t frameWidth, frameHeight, imageWidth, imageHeight;
+        const char* says; // null: opens
+    } cases[] = {
+        {24, 16, 4, 3, nullptr},
+        {0, 0, 24, 16, nullptr}, // no frame size: the pixels header's 4x3
+        {25, 16, 4, 3, "the frame size 25x16 disagrees with the frame stride: 400 pixels cannot come from 24 bytes"},
+        {65535, 65535, 4, 3, "frame size 65535x65535"},
+        {4, 3, 65535, 2, "the image size 65535x2 disagrees with the frame stride: 131070 pixels cannot come from 24"},
+    };
+    SRecording rec = MakeRecording(2, 2);
+    CRecordingReader reader;
+    ASSERT_TRUE(reader.Open(rec.file));
+    const SInfoFileBlock info = reader.blocks().get(0);
+    ASSERT_STREQ(info.name, "SourceInfo");
+    const std::vector<unsigned char> good(rec.mem->data(), rec.mem->data() + rec.mem->size());
+    for (const SCase& c : cases) {
+        std::memcpy(rec.mem->data(), good.data(), good.size());
+        unsigned char* payload = rec.mem->data() + info.dataOffset;
+        const uint16_t sizes[4] = {c.imageWidth, c.imageHeight, c.frameWidth, c.frameHeight};
+        std::memcpy(payload + kImageAt, &sizes[0], 4);
+        std::memcpy(payload + kFrameAt, &sizes[2], 4);
+        const uint32_t crc = CalcCRC32(0, payload, static_cast<unsigned long>(info.size));
+        std::memcpy(rec.mem->data() + info.headerOffset + 73, &crc, 4);
+        const bool opened = reader.Open(rec.file);
+        EXPECT_EQ(opened, c.says == nullptr) << c.frameWidth << "x" << c.frameHeight;
+        if (c.says) {
+            EXPECT_TRUE(Says(reader, c.says)) << reader.lastError().c_str();
+        }
+    }
+}
