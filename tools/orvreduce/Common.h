@@ -113,6 +113,7 @@ struct SConvertOptions {
     std::string frames;
     double emissivity = -1; // negative: the recording's own
     double distance = -1;
+    unsigned threads = 0; // 0: every core
     bool quiet = false;
 };
 int RunConvert(const SConvertOptions& options);
