@@ -8,6 +8,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libpugixml-dev zlib1g-dev libjpeg62-turbo-dev libtbb-dev libcharls-dev
   libcli11-dev libpng-dev libtiff-dev nlohmann-json3-dev
+  python3-numpy time
 )
 
 missing=()
