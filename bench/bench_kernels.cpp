@@ -9,6 +9,7 @@
 
 #include "reduce/kernels/ImageData.h"
 #include "reduce/kernels/LUT.h"
+#include "reduce/kernels/LUTKernels.h"
 #include "reduce/kernels/NUC.h"
 #include "reduce/kernels/Stats.h"
 
@@ -68,6 +69,39 @@ void BM_ApplyLUTUInt16ToFloatStatus(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * kPixels * 5);
 }
 BENCHMARK(BM_ApplyLUTUInt16ToFloatStatus);
+
+// The whole-range table every counts frame goes through (no limits), by the
+// dispatched kernel and by each of its two loops.
+template <int kPath>
+void ApplyLUTFull(benchmark::State& state)
+{
+    auto src = Counts();
+    std::vector<float> lut(65536), dst(kPixels);
+    std::vector<unsigned char> lutStatus(65536, 0), status(kPixels);
+    for (unsigned k = 0; k < lut.size(); ++k) lut[k] = 250.0f + float(k) * 0.01f;
+    lutStatus[5000] = 0x08;
+    if (kPath == 2 && !priv::ApplyLUTFullU16Wide(src.data(), dst.data(), status.data(), kPixels, lut.data(),
+                                                 lutStatus.data()))
+        state.SkipWithError("no AVX2 on this processor");
+    for (auto _ : state) {
+        if (kPath == 0)
+            ApplyLUT(STypedData(src.data(), dtUInt16), STypedData(dst.data(), dtFlt32), status.data(), kPixels,
+                     lut.data(), lutStatus.data(), 0, 65535);
+        else if (kPath == 1)
+            priv::ApplyLUTFullU16Plain(src.data(), dst.data(), status.data(), kPixels, lut.data(), lutStatus.data());
+        else
+            priv::ApplyLUTFullU16Wide(src.data(), dst.data(), status.data(), kPixels, lut.data(), lutStatus.data());
+        benchmark::DoNotOptimize(dst.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(int64_t(state.iterations()) * kPixels * 5);
+}
+void BM_ApplyLUTFullRangeStatus(benchmark::State& state) { ApplyLUTFull<0>(state); }
+void BM_ApplyLUTFullRangeStatusPlain(benchmark::State& state) { ApplyLUTFull<1>(state); }
+void BM_ApplyLUTFullRangeStatusWide(benchmark::State& state) { ApplyLUTFull<2>(state); }
+BENCHMARK(BM_ApplyLUTFullRangeStatus);
+BENCHMARK(BM_ApplyLUTFullRangeStatusPlain);
+BENCHMARK(BM_ApplyLUTFullRangeStatusWide);
 
 void NUC(benchmark::State& state, bool clamp)
 {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "reduce/convert/RadiometryKernels.h"
 #include "reduce/convert/TemperatureKernels.h"
 
 namespace {
@@ -130,6 +131,48 @@ void BM_CountsToTemperatureCoeffsPS(benchmark::State& state)
     Finish(state);
 }
 BENCHMARK(BM_CountsToTemperatureCoeffsPS);
+
+// The table method of the direct path alone: radiance (double, spread over
+// the 64 rows) to Celsius in float, by the kernel and by a loop over the
+// reference search the kernel used to run for every pixel, in one run.
+struct SRadianceFrame {
+    SFrame f;
+    std::vector<double> radiance = std::vector<double>(kPixels);
+    SRadianceFrame()
+    {
+        for (unsigned i = 0; i < kPixels; ++i) radiance[i] = 31.5 * double(i * 2654435761u >> 8) / double(1u << 24);
+    }
+};
+
+void BM_ToTemperatureLookupFrame(benchmark::State& state)
+{
+    SRadianceFrame r;
+    for (auto _ : state) {
+        ToTemperatureLookup(r.f.Dst(), STypedData(r.radiance.data(), dtFlt64), kPixels, r.f.table.data(),
+                            r.f.temperatures.data(), 64, true, 0.95, tempCelsius);
+        benchmark::DoNotOptimize(r.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_ToTemperatureLookupFrame);
+
+void BM_ToTemperatureLookupReferenceSearch(benchmark::State& state)
+{
+    SRadianceFrame r;
+    const double* t = r.f.table.data();
+    const double* temp = r.f.temperatures.data();
+    for (auto _ : state) {
+        for (unsigned i = 0; i < kPixels; ++i) {
+            bool inside;
+            r.f.out[i] = float(priv::LookupCelsius(r.radiance[i] / 0.95, t, temp, 64, inside));
+        }
+        benchmark::DoNotOptimize(r.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_ToTemperatureLookupReferenceSearch);
 
 void BM_MemcpyFloatFrame(benchmark::State& state)
 {

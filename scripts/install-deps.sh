@@ -8,7 +8,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libpugixml-dev zlib1g-dev libjpeg62-turbo-dev libtbb-dev libcharls-dev
   libcli11-dev libpng-dev libtiff-dev nlohmann-json3-dev
-  pybind11-dev python3-dev python3-numpy python3-pytest python3-dask python3-distributed python3-pandas
+  pybind11-dev python3-dev python3-numpy python3-pytest python3-dask python3-distributed python3-pandas time
 )
 
 missing=()

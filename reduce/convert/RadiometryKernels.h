@@ -293,7 +293,9 @@ inline double TempPolyValue(double x, const double* c, int order)
 }
 
 // Celsius from a table of at least two rows; inside is false for a value
-// beyond either end, which gets the end row's temperature.
+// beyond either end, which gets the end row's temperature. This search is
+// the reference: a value exactly on an inner row lies in two intervals, and
+// the one this search reaches first decides the last bit of the result.
 inline double LookupCelsius(double x, const double* t, const double* temp, int size, bool& inside)
 {
     inside = false;
@@ -311,6 +313,83 @@ inline double LookupCelsius(double x, const double* t, const double* temp, int s
     // Only a NaN or a table that does not ascend gets here.
     return std::numeric_limits<double>::quiet_NaN();
 }
+
+// Whether the rows strictly ascend: then a value off the rows lies in one
+// interval only, which any search finds.
+inline bool RowsAscend(const double* t, int size)
+{
+    for (int i = 1; i < size; ++i)
+        if (!(t[i - 1] < t[i])) return false;
+    return true;
+}
+
+// A temperature table ready for many searches. The reference search guesses
+// wrong at about every other row it visits; here, for ascending rows, a grid
+// of cells over the rows' range gives each value a first row to try that
+// lies at most a little below its interval, and two steps without branches
+// nearly always reach it. Values on a row, rare in measured data, and tables
+// that do not ascend go to the reference search, so results are the same to
+// the bit. Small calls do not build the grid and search as the reference.
+class CLookupRows {
+public:
+    static constexpr int kMaxCells = 1024;
+
+    CLookupRows() = default;
+    // withGrid: build the grid (worth it from about a thousand values).
+    CLookupRows(const double* t, const double* temp, int size, bool withGrid)
+        : m_t(t), m_temp(temp), m_size(size)
+    {
+        if (!withGrid || !RowsAscend(t, size)) return;
+        const int cells = std::min(kMaxCells, 16 * size);
+        const double range = t[size - 1] - t[0];
+        const double scale = cells / range;
+        if (!(range > 0) || !std::isfinite(range) || !std::isfinite(scale)) return;
+        // Cell c gets the first row not below the start of cell c - 2: the
+        // cell a value computes is at most one above its true cell, and the
+        // start computed here is then still below the value.
+        const double step = range / cells;
+        for (int c = 0; c < cells; ++c)
+            m_grid[c] = c < 2 ? 0 : int(std::lower_bound(t, t + size, t[0] + (c - 2) * step) - t);
+        m_cells = cells;
+        m_scale = scale;
+    }
+
+    double Celsius(double x, bool& inside) const
+    {
+        const double* t = m_t;
+        const double* temp = m_temp;
+        if (!m_cells) return LookupCelsius(x, t, temp, m_size, inside);
+        inside = false;
+        if (x < t[0]) return temp[0];
+        if (x > t[m_size - 1]) return temp[m_size - 1];
+        inside = true;
+        if (x != x) return std::numeric_limits<double>::quiet_NaN();
+        // m: the first row not below x.
+        const double p = (x - t[0]) * m_scale;
+        size_t m = size_t(m_grid[p < m_cells ? int(p) : m_cells - 1]);
+        m += t[m] < x;
+        m += t[m] < x;
+        while (t[m] < x) ++m;
+        if (m == 0 || t[m] == x) return LookupCelsius(x, t, temp, m_size, inside);
+        return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
+    }
+
+private:
+    const double* m_t = nullptr;
+    const double* m_temp = nullptr;
+    int m_size = 0;
+    int m_cells = 0; // 0: no grid, the reference search
+    double m_scale = 0.0;
+    int m_grid[kMaxCells];
+};
+
+// Pixels a walk visits, to judge whether a grid pays.
+inline size_t WalkPixels(const SWalkCount& w) { return w.count; }
+inline size_t WalkPixels(const SWalkIndices& w) { return w.count; }
+inline size_t WalkPixels(const SWalkRect& w) { return RegionPixels(w.area); }
+inline size_t WalkPixels(const SWalkScanLines& w) { return RegionPixels(*w.lines); }
+inline size_t WalkPixels(const SWalkMask& w) { return RegionPixels(w.area); }
+constexpr size_t kLookupGridPixels = 1024;
 
 // Planck's law inverted at the middle of the band. Its constants 11910.66
 // and 14388.3 differ from the 11910.7 and 14388.4 of Radiance on purpose, so
@@ -403,10 +482,11 @@ struct TLookup {
             const int size = a.size;
             const bool allowClamp = a.allowClamp;
             const double em = a.emissivity;
+            const CLookupRows rows(t, temp, size, WalkPixels(walk) >= kLookupGridPixels);
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
-                return MapUntil<S, D>(src, dst, walk, [=](double r, unsigned, double& out) {
+                return MapUntil<S, D>(src, dst, walk, [&rows, allowClamp, em](double r, unsigned, double& out) {
                     bool inside;
-                    const double c = LookupCelsius(r / em, t, temp, size, inside);
+                    const double c = rows.Celsius(r / em, inside);
                     if (!inside && !allowClamp) return false;
                     out = ConvertScale<tempCelsius, To>(c);
                     return true;
@@ -422,13 +502,22 @@ struct TLookupPS {
     struct K {
         static bool Run(const void* src, void* dst, const W& walk, const SLookupPSArgs& a)
         {
+            // Each preset's table is prepared when the preset first appears:
+            // the tables of presets that never do are not read.
+            CLookupRows rows[kPresetMask + 1];
+            bool ready[kPresetMask + 1] = {};
+            const bool grid = WalkPixels(walk) >= kLookupGridPixels;
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
-                return MapUntil<S, D>(src, dst, walk, [&a](double r, unsigned flat, double& out) {
+                return MapUntil<S, D>(src, dst, walk, [&](double r, unsigned flat, double& out) {
                     const unsigned p = a.presetIndex[flat] & kPresetMask;
                     const int size = a.sizes[p];
                     if (size < 2) return false;
+                    if (!ready[p]) {
+                        rows[p] = CLookupRows(a.tables[p], a.temperatures[p], size, grid);
+                        ready[p] = true;
+                    }
                     bool inside;
-                    const double c = LookupCelsius(r / a.emissivity, a.tables[p], a.temperatures[p], size, inside);
+                    const double c = rows[p].Celsius(r / a.emissivity, inside);
                     if (!inside && !a.allowClamp) return false;
                     out = ConvertScale<tempCelsius, To>(c);
                     return true;

@@ -284,8 +284,21 @@ bool CUserConverter::UpdateLUT(unsigned char preset)
         STypedData table(lut[preset], dtFlt32);
         TemperatureStep(table, table, kLUTSize, preset);
     }
+    const unsigned char* st = lutStatus[preset];
+    lutStatusZero[preset] = std::all_of(st, st + kLUTSize, [](unsigned char b) { return b == 0; });
     lutValid[preset] = true;
     return true;
+}
+
+unsigned char* CUserConverter::TableStatus(unsigned char* status, unsigned int n, unsigned char p)
+{
+    if (!status) return nullptr;
+    bool zero = true;
+    for (int i = 0; i < 8; ++i)
+        if (p == 255 ? presetActive[i] || i == firstActivePreset : i == p) zero = zero && lutStatusZero[i];
+    if (!zero) return status;
+    std::memset(status, 0, n);
+    return nullptr;
 }
 
 bool CUserConverter::UpdateAllLUTs(float** luts, unsigned char** statuses)
@@ -330,7 +343,7 @@ bool CUserConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char*
     const unsigned char p = firstActivePreset;
     if (UseLUT()) {
         if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+        return ApplyLUT(src, dst, TableStatus(status, n, p), n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
     if (!BackgroundCovers(n)) return false;
     ClearStatus(status, n);
@@ -348,7 +361,7 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
         float* luts[kPresetTables];
         unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, n, luts, statuses, kLUTLow, kLUTHigh);
+        return ApplyLUT(src, presetIndex, dst, TableStatus(status, n, 255), n, luts, statuses, kLUTLow, kLUTHigh);
     }
     if (!BackgroundCovers(n)) return false;
     ClearStatus(status, n);
@@ -362,7 +375,7 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned int* indices, u
     const unsigned char p = firstActivePreset;
     if (UseLUT()) {
         if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, indices, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+        return ApplyLUT(src, dst, TableStatus(status, n, p), indices, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
     if (!BackgroundCovers(usesBackgroundImage ? RegionEnd(indices, n) : 0)) return false;
     ClearStatus(status, n);
@@ -381,7 +394,8 @@ bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetInd
         float* luts[kPresetTables];
         unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, indices, n, luts, statuses, kLUTLow, kLUTHigh);
+        return ApplyLUT(src, presetIndex, dst, TableStatus(status, n, 255), indices, n, luts, statuses, kLUTLow,
+                        kLUTHigh);
     }
     if (!BackgroundCovers(usesBackgroundImage ? RegionEnd(indices, n) : 0)) return false;
     ClearStatus(status, n);

@@ -100,6 +100,9 @@ public:
     float* lut[8] = {};
     unsigned char* lutStatus[8] = {};
     bool lutValid[8] = {};
+    // No status byte of the table is set: frames then get their status as
+    // one fill instead of a look-up per pixel.
+    bool lutStatusZero[8] = {};
     SRadianceParams radianceParams[8];
     STemperatureParams temperatureParams[8];
     SCommonParams commonParams;
@@ -112,6 +115,10 @@ private:
     // Tables of all active presets, for the per-pixel preset forms, in
     // arrays of kPresetTables entries.
     bool UpdateAllLUTs(float** luts, unsigned char** statuses);
+    // The status array for the look-up kernel: null after filling n zero
+    // bytes when every table in use (preset p, or 255 for all active ones)
+    // has no status set.
+    unsigned char* TableStatus(unsigned char* status, unsigned int n, unsigned char p);
     // Whether the per-pixel backgrounds in use reach flat index end - 1: a
     // frame larger than the recording's would read past them.
     bool BackgroundCovers(size_t end) const;

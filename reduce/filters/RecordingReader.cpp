@@ -3,7 +3,9 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "orv/PixelType.h"
 #include "reduce/filters/FilterFactory.h"
+#include "reduce/filters/GenericFilter.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 
 namespace orv::reduce {
@@ -180,6 +182,21 @@ bool CRecordingReader::ReadFrame(uint64_t index, void* buffer, uint64_t bufferSi
     return true;
 }
 
+bool CRecordingReader::PixelsAsStored(STypedData pixels)
+{
+    // Only the generic filter stores grayscale pixels as they are, at the
+    // start of the frame; with no offset, shift or mask, its copy is exact.
+    if (!pixels.data || pixels.type != dtUInt16 || !dynamic_cast<CGenericFilter*>(m_filter.get())) return false;
+    if (!IsPixelBaseType(m_pixelType, pixelGrayscale)) return false;
+    TSharedPtr<CSourceInfoReduceObject> info = sourceInfo();
+    if (!info || info->offset.left != 0 || info->offset.top != 0) return false;
+    // The shift and mask as the filter computes them.
+    const unsigned shift =
+        (info->adBitShift < 0 ? 0u - static_cast<unsigned>(info->adBitShift) : static_cast<unsigned>(info->adBitShift));
+    const unsigned mask = 65535u >> ((16u - static_cast<unsigned>(info->adBits)) & 31u);
+    return (shift & 31u) == 0 && mask == 65535u && uint64_t(m_width) * m_height * 2 <= m_header.frameStride;
+}
+
 bool CRecordingReader::DecodeFrame(uint64_t index, STypedData pixels, uint64_t pixelsSize, uint8_t& preset)
 {
     m_error = CString();
@@ -191,6 +208,21 @@ bool CRecordingReader::DecodeFrame(uint64_t index, STypedData pixels, uint64_t p
                     static_cast<unsigned long long>(pixelsSize), m_width, m_height, DataTypeText(pixels.type));
     // The frame must be in the file before its buffer is allocated.
     if (index >= m_numFrames) return ReadFrame(index, nullptr, 0);
+    if (PixelsAsStored(pixels)) {
+        // The filter's copy would change nothing: the pixels go straight
+        // into the caller's buffer, and the filter sees the frame for its
+        // objects alone.
+        const uint64_t at = m_dataStart + index * m_header.frameStride;
+        const unsigned bytes = unsigned(m_width) * m_height * 2;
+        if (!m_file->Seek(static_cast<long long>(at), IFile::seekBegin) || !m_file->ReadBytes(pixels.data, bytes))
+            return Fail("frame %llu could not be read at offset %llu", static_cast<unsigned long long>(index),
+                        static_cast<unsigned long long>(at));
+        if (!m_filter->ParseFrame(nullptr, m_pixelType, m_width, m_height, m_header.frameStride,
+                                  STypedData(static_cast<void*>(nullptr), dtNoData), m_objects, preset))
+            return Fail("the \"%s\" filter cannot decode frame %llu", m_filter->GetName(),
+                        static_cast<unsigned long long>(index));
+        return true;
+    }
     m_frame.resize(m_header.frameStride);
     if (!ReadFrame(index, m_frame.data(), m_frame.size())) return false;
     if (!m_filter->ParseFrame(m_frame.data(), m_pixelType, m_width, m_height, m_header.frameStride, pixels,

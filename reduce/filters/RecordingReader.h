@@ -78,11 +78,14 @@ public:
     uint64_t PixelBufferSize(EDataType type) const;
     // Reads frame index and decodes it with the filter into pixels (which may
     // be null, with dtNoData, for the objects alone), updating reduceObjs().
+    // Pixels stored as they are decoded are read straight into pixels.
     // pixelsSize is the size of the pixel buffer in bytes.
     bool DecodeFrame(uint64_t index, STypedData pixels, uint64_t pixelsSize, uint8_t& preset);
 
 private:
     bool Fail(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // Whether the decoded pixels are the frame's first bytes unchanged.
+    bool PixelsAsStored(STypedData pixels);
 
     TSharedPtr<IFile> m_file;
     CReduceObjectArray m_objects;

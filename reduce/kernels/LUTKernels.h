@@ -3,6 +3,7 @@
 // handed to the region walkers.
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "reduce/kernels/LUT.h"
@@ -54,7 +55,41 @@ struct SLUTPresets {
     const unsigned char* Status(unsigned flat) const { return status[presets[flat]]; }
 };
 
-template <class S, class D, class Tables, bool kStatus>
+// Whether every value of S is an index inside low .. high: an unsigned
+// 8- or 16-bit source under a table that covers its whole range needs no
+// limiting at all.
+template <class S>
+constexpr bool kNarrowUnsigned = std::is_integral_v<S> && std::is_unsigned_v<S> && sizeof(S) <= 2;
+template <class S>
+inline bool CoversType(unsigned short low, unsigned short high)
+{
+    if constexpr (kNarrowUnsigned<S>) return low == 0 && high >= std::numeric_limits<S>::max();
+    else return false;
+}
+
+// Table index with or without the limits (kFull: CoversType was true).
+template <bool kFull, class S>
+inline unsigned int LUTIndexOf(S v, unsigned short low, unsigned short high)
+{
+    if constexpr (kFull && kNarrowUnsigned<S>) return unsigned(v);
+    else return LUTIndex(v, low, high);
+}
+
+// The whole-range unsigned 16-bit to float loop, the one every counts frame
+// takes: the plain loop and the AVX2 gather loop (false where the processor
+// has none). Both copy table bits, so their results are identical.
+void ApplyLUTFullU16Plain(const uint16_t* src, float* dst, unsigned char* status, unsigned int count,
+                          const float* lut, const unsigned char* lutStatus);
+bool ApplyLUTFullU16Wide(const uint16_t* src, float* dst, unsigned char* status, unsigned int count,
+                         const float* lut, const unsigned char* lutStatus);
+inline void ApplyLUTFullU16(const uint16_t* src, float* dst, unsigned char* status, unsigned int count,
+                            const float* lut, const unsigned char* lutStatus)
+{
+    if (!ApplyLUTFullU16Wide(src, dst, status, count, lut, lutStatus))
+        ApplyLUTFullU16Plain(src, dst, status, count, lut, lutStatus);
+}
+
+template <class S, class D, class Tables, bool kStatus, bool kFull = false>
 struct TApplyLUTBody {
     static constexpr bool kNeedsXY = false;
     const S* src;
@@ -64,7 +99,7 @@ struct TApplyLUTBody {
     unsigned short low, high;
     void operator()(size_t flat, size_t i, unsigned, unsigned) const
     {
-        const unsigned idx = LUTIndex(src[flat], low, high);
+        const unsigned idx = LUTIndexOf<kFull>(src[flat], low, high);
         dst[i] = ConvertValue<D>(tables.Values(flat)[idx]);
         if constexpr (kStatus) status[i] = tables.Status(flat)[idx];
     }
@@ -73,13 +108,13 @@ struct TApplyLUTBody {
 // The dense single-table form, with the pointers in restrict locals: a
 // status store through a byte pointer would otherwise make the compiler
 // reload every pointer and bound at each pixel.
-template <class S, class D, bool kStatus>
+template <class S, class D, bool kStatus, bool kFull>
 void ApplyLUTDense(const S* __restrict src, D* __restrict dst, unsigned char* __restrict status, unsigned int count,
                    const float* __restrict lut, const unsigned char* __restrict lutStatus, unsigned short low,
                    unsigned short high)
 {
     for (unsigned int i = 0; i < count; ++i) {
-        const unsigned idx = LUTIndex(src[i], low, high);
+        const unsigned idx = LUTIndexOf<kFull>(src[i], low, high);
         dst[i] = ConvertValue<D>(lut[idx]);
         if constexpr (kStatus) status[i] = lutStatus[idx];
     }
@@ -91,10 +126,35 @@ void ApplyLUTWalk(const void* source, void* destination, unsigned char* status, 
 {
     const S* src = static_cast<const S*>(source);
     D* dst = static_cast<D*>(destination);
+    const bool full = CoversType<S>(low, high);
     if constexpr (std::is_same_v<W, SWalkCount> && std::is_same_v<Tables, SLUTOne>) {
-        if (status) ApplyLUTDense<S, D, true>(src, dst, status, walk.count, tables.lut, tables.status, low, high);
-        else ApplyLUTDense<S, D, false>(src, dst, nullptr, walk.count, tables.lut, tables.status, low, high);
+        if constexpr (std::is_same_v<S, uint16_t> && std::is_same_v<D, float>) {
+            if (full) return ApplyLUTFullU16(src, dst, status, walk.count, tables.lut, tables.status);
+        }
+        const unsigned n = walk.count;
+        if constexpr (kNarrowUnsigned<S>) {
+            if (full) {
+                if (status) ApplyLUTDense<S, D, true, true>(src, dst, status, n, tables.lut, tables.status, low, high);
+                else ApplyLUTDense<S, D, false, true>(src, dst, nullptr, n, tables.lut, tables.status, low, high);
+                return;
+            }
+        }
+        if (status) ApplyLUTDense<S, D, true, false>(src, dst, status, n, tables.lut, tables.status, low, high);
+        else ApplyLUTDense<S, D, false, false>(src, dst, nullptr, n, tables.lut, tables.status, low, high);
         return;
+    }
+    // The limits matter only where a source value can fall outside them.
+    if constexpr (kNarrowUnsigned<S>) {
+        if (full) {
+            if (status) {
+                TApplyLUTBody<S, D, Tables, true, true> body{src, dst, status, tables, low, high};
+                walk(body);
+            } else {
+                TApplyLUTBody<S, D, Tables, false, true> body{src, dst, nullptr, tables, low, high};
+                walk(body);
+            }
+            return;
+        }
     }
     if (status) {
         TApplyLUTBody<S, D, Tables, true> body{src, dst, status, tables, low, high};

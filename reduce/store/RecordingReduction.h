@@ -17,6 +17,7 @@
 //     for (uint64_t i = 0; i < r.numFrames(); ++i)
 //         if (!r.Reduce(i, v.data(), s.data(), r.pixels())) fail(r.lastError());
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "orv/Array.h"
@@ -81,6 +82,23 @@ public:
     // Decode and convert into values and status, each holding at least
     // capacity pixels (pixels() are written).
     bool Reduce(uint64_t index, float* values, unsigned char* status, size_t capacity);
+    // Receives a block of reduced frames: frames first .. first + count - 1,
+    // their values and status bytes frame after frame, pixels() each. The
+    // buffers are lent for the call. Returning false stops the reduction.
+    using TFrameBlockSink =
+        std::function<bool(uint64_t first, uint64_t count, const float* values, const unsigned char* status)>;
+    // Reduces frames first .. end - 1 on up to threads threads (0: as many
+    // as the machine has cores) and hands them to sink in frame order, a
+    // block at a time, from one thread at a time. Each thread reduces with
+    // its own clone of this instance (file position and convert context);
+    // an instance opened from a file without a path works alone. A few
+    // blocks are in memory at once, whatever the number of frames. False
+    // with the reason in lastError() at the first frame, in frame order,
+    // that fails, or when sink returns false; the blocks before it have
+    // then been handed on. Results do not depend on the number of threads.
+    // blockFrames fixes the frames of a block; 0 sizes blocks by memory.
+    bool ReduceFrames(uint64_t first, uint64_t end, unsigned threads, const TFrameBlockSink& sink,
+                      uint64_t blockFrames = 0);
     // The per-frame objects of frame index (time, frame number, preset),
     // decoded without its pixels; null with a reason on failure.
     TSharedPtr<CFrameInfoReduceObject> FrameInfo(uint64_t index);

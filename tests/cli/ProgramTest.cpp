@@ -222,6 +222,27 @@ TEST_F(ProgramTest, TiffAndNpyHoldEveryFrameAsFloat)
     EXPECT_NEAR(v, 120.0, 0.12);
 }
 
+// Frames reduced on several threads are written in frame order: the files
+// are those of one thread, byte for byte, over several blocks of frames.
+TEST_F(ProgramTest, ThreadsWriteTheFilesOfOneThread)
+{
+    SRun r = Run("synth " + Path("long.qrt") + " --size 160x128 --frames 100");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    for (const char* ext : {"npy", "tiff", "csv"}) {
+        std::string files[2];
+        for (int k = 0; k < 2; ++k) {
+            const std::string out = Path(std::string("threads") + char('0' + k) + "." + ext);
+            r = Run("convert " + Path("long.qrt") + " --frames 2: --threads " + (k ? "3" : "1") + " -q -o " + out);
+            ASSERT_EQ(r.exitCode, 0) << r.err;
+            files[k] = Slurp(out);
+            if (std::string(ext) == "tiff") files[k] += Slurp(Path(std::string("threads") + char('0' + k) + ".status.tiff"));
+            std::remove(out.c_str());
+        }
+        EXPECT_GT(files[0].size(), 98u * 160 * 128 * 4) << ext;
+        EXPECT_TRUE(files[0] == files[1]) << ext << " files differ";
+    }
+}
+
 TEST_F(ProgramTest, InfoFramesAndStatsReportTheRecording)
 {
     SRun r = Run("info " + Path("scene.qrt") + " --json");

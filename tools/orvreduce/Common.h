@@ -120,6 +120,7 @@ struct SConvertOptions {
     double emissivity = -1; // negative: the recording's own
     double distance = -1;
     std::string roi; // region file whose outlines a .png shows
+    unsigned threads = 0; // 0: every core
     bool quiet = false;
 };
 int RunConvert(const SConvertOptions& options);

@@ -90,16 +90,12 @@ int RunConvert(const SConvertOptions& o)
         if (!LoadRegionFile(list, o.roi, w, h)) return kExitFailure;
         RegionOutlines(list, outlines);
     }
-    TArray<float> values;
-    TArray<unsigned char> status;
-    values.resize(n);
-    status.resize(n);
     const std::string label = UnitLabel(unit, scale);
     const uint64_t count = end - first;
 
     CTempOutput out(o.output);
     std::unique_ptr<CTempOutput> statusOut;
-    std::string error;
+    std::string error, errorPath = o.output;
     CTiffWriter tiff, tiffStatus;
     CNpyWriter npy;
     FILE* csv = nullptr;
@@ -119,29 +115,43 @@ int RunConvert(const SConvertOptions& o)
         std::fprintf(csv, "# %s, %s, %ux%u\n", o.input.c_str(), label.c_str(), w, h);
     }
 
+    // Blocks of frames arrive in frame order from the reducing threads and
+    // are written here, one block at a time.
     CProgress progress("convert", count);
-    for (uint64_t i = first; i < end; ++i) {
-        if (!reducer.Reduce(i, values.data(), status.data(), n)) {
-            if (csv) std::fclose(csv);
-            return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());
+    auto write = [&](uint64_t at, uint64_t frames, const float* values, const unsigned char* status) {
+        if (ext == "npy") {
+            if (!npy.AddFrames(values, frames * n, error)) return false;
+            progress.Step(static_cast<uint32_t>(at + frames - first));
+            return true;
         }
-        const uint32_t page = static_cast<uint32_t>(i - first), pages = static_cast<uint32_t>(count);
-        bool ok = true;
-        if (ext == "tif" || ext == "tiff") {
-            std::string description = "frame " + std::to_string(i) + ", " + label;
-            ok = tiff.AddPage(values.data(), w, h, page, pages, description, error);
-            if (ok && !tiffStatus.AddPage(status.data(), w, h, page, pages, error))
-                return failOutput(statusOut->finalPath());
-        } else if (ext == "npy") {
-            ok = npy.AddFrame(values.data(), n, error);
-        } else if (ext == "csv") {
-            ok = WriteCsvFrame(csv, i, values.data(), status.data(), w, h, error);
-        } else {
-            ok = WritePreviewPng(out.path(), values.data(), status.data(), w, h, label, error,
-                                 outlines.empty() ? nullptr : outlines.data());
+        for (uint64_t k = 0; k < frames; ++k) {
+            const uint64_t i = at + k;
+            const float* v = values + k * n;
+            const unsigned char* st = status + k * n;
+            const uint32_t page = static_cast<uint32_t>(i - first), pages = static_cast<uint32_t>(count);
+            bool ok = true;
+            if (ext == "tif" || ext == "tiff") {
+                std::string description = "frame " + std::to_string(i) + ", " + label;
+                ok = tiff.AddPage(v, w, h, page, pages, description, error);
+                if (ok && !tiffStatus.AddPage(st, w, h, page, pages, error)) {
+                    errorPath = statusOut->finalPath();
+                    return false;
+                }
+            } else if (ext == "csv") {
+                ok = WriteCsvFrame(csv, i, v, st, w, h, error);
+            } else {
+                ok = WritePreviewPng(out.path(), v, st, w, h, label, error,
+                                     outlines.empty() ? nullptr : outlines.data());
+            }
+            if (!ok) return false;
+            progress.Step(page + 1);
         }
-        if (!ok) return failOutput(o.output);
-        progress.Step(page + 1);
+        return true;
+    };
+    if (!reducer.ReduceFrames(first, end, o.threads, write)) {
+        if (!error.empty()) return failOutput(errorPath);
+        if (csv) std::fclose(csv);
+        return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());
     }
 
     bool closed = true;
@@ -187,6 +197,8 @@ void AddConvert(CLI::App& app)
     cmd->add_option("--frames", o->frames, "Frames A:B (B excluded), A: or A; all by default");
     cmd->add_option("--emissivity", o->emissivity, "Replace the recording's emissivity, in (0, 1]");
     cmd->add_option("--distance", o->distance, "Replace the recording's object distance, metres");
+    cmd->add_option("--threads", o->threads, "Threads that reduce frames; 0 or none: every core")
+        ->check(CLI::Range(0u, 1024u));
     cmd->add_flag("-q,--quiet", o->quiet, "Print nothing on success");
     cmd->callback([o] { g_exitCode = RunConvert(*o); });
 }

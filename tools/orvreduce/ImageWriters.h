@@ -29,7 +29,8 @@ class CNpyWriter {
 public:
     ~CNpyWriter();
     bool Open(const std::string& path, uint64_t frames, unsigned width, unsigned height, std::string& error);
-    bool AddFrame(const float* values, size_t n, std::string& error);
+    // n values: one frame or a block of whole frames, in one write.
+    bool AddFrames(const float* values, size_t n, std::string& error);
     bool Close(std::string& error);
 
 private:

@@ -256,3 +256,33 @@ TEST(RecordingReader, SizesTheFrameStrideCannotBackAreRefused)
         }
     }
 }
+
+// Without shift, mask or offset the pixels are read straight into the
+// buffer; with them the filter copies. Either way the values are the
+// filter's and its frame counter advances.
+TEST(RecordingReader, DecodedPixelsWithAndWithoutTheFiltersCopy)
+{
+    SRecording rec = MakeRecording(3, 3);
+    CRecordingReader reader;
+    ASSERT_TRUE(reader.Open(rec.file));
+    unsigned decoded = 0;
+    for (int shift : {0, 1, 32, -3}) {
+        reader.sourceInfo()->adBitShift = shift;
+        for (unsigned f : {2u, 0u}) {
+            std::vector<uint16_t> pixels(kWidth * kHeight + 1, 0xBEEF);
+            uint8_t preset = 9;
+            ASSERT_TRUE(reader.DecodeFrame(f, STypedData(pixels.data(), dtUInt16), kFrameBytes, preset));
+            EXPECT_EQ(preset, 0);
+            EXPECT_EQ(reader.reduceObjs().GetFrameInfo(0, false)->frame, decoded++);
+            for (unsigned p = 0; p < kWidth * kHeight; ++p)
+                ASSERT_EQ(pixels[p], uint16_t(unsigned(Value(f, p)) << (unsigned(shift < 0 ? -shift : shift) & 31)))
+                    << "shift " << shift;
+            EXPECT_EQ(pixels.back(), 0xBEEF);
+        }
+    }
+    reader.sourceInfo()->adBitShift = 0;
+    std::vector<uint16_t> pixels(kWidth * kHeight);
+    uint8_t preset = 0;
+    EXPECT_FALSE(reader.DecodeFrame(3, STypedData(pixels.data(), dtUInt16), kFrameBytes, preset));
+    EXPECT_FALSE(reader.DecodeFrame(1, STypedData(pixels.data(), dtUInt16), kFrameBytes - 1, preset));
+}

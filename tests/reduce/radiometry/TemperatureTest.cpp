@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -151,6 +152,49 @@ TEST(Temperature, FrameLookupMatchesALinearScanAndStopsOutsideTheTable)
     EXPECT_FALSE(ToTemperatureLookup(Typed(psDst), Typed(psSrc), preset.data(), 4, tables, temps, sizes, false, 1.0,
                                      tempCelsius));
     EXPECT_EQ(psDst, (std::vector<double>{15.0, 25.0, -1.0, -1.0}));
+}
+
+// Frame kernels search the rows their own way; on a row a value lies in two
+// intervals, and they must take the one the single-value search takes,
+// which decides the last bit. Ascending, repeated and falling rows.
+TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
+{
+    int onRowDifferences = 0;
+    for (int shape = 0; shape < 9; ++shape) {
+        const int size = shape < 7 ? std::vector<int>{2, 3, 5, 8, 13, 64, 100}[shape] : 9;
+        std::vector<double> t, temp;
+        for (int k = 0; k < size; ++k) {
+            t.push_back(0.3 * k * k + 0.7 * k + 0.01);
+            temp.push_back(-20.0 + 7.1 * k + std::sin(1.3 * k));
+        }
+        if (shape == 7) t[4] = t[3];             // a repeated row
+        if (shape == 8) std::reverse(t.begin(), t.end()); // falling rows
+        std::vector<double> src{-1.0, t.front() - 1.0, t.back() + 1.0, std::nan("")};
+        for (int k = 0; k < size; ++k) {
+            src.push_back(t[k]);
+            src.push_back(std::nextafter(t[k], -INFINITY));
+            src.push_back(std::nextafter(t[k], INFINITY));
+            if (k) src.push_back(0.5 * (t[k - 1] + t[k]));
+            // The data can tell the two intervals of an inner row apart.
+            if (k && k + 1 < size && shape < 7)
+                onRowDifferences += temp[k - 1] + (temp[k] - temp[k - 1]) * (t[k] - t[k - 1]) / (t[k] - t[k - 1]) != temp[k];
+        }
+        // Frames of a thousand values and more are searched another way.
+        for (size_t i = 0, m = src.size(); src.size() < 1200; ++i) src.push_back(src[i % m]);
+        const unsigned n = unsigned(src.size());
+        std::vector<double> want(n), got(n), gotPS(n);
+        for (unsigned i = 0; i < n; ++i) want[i] = _ToTemperatureLookup(src[i], t.data(), temp.data(), size, 1.0);
+        ASSERT_TRUE(ToTemperatureLookup(Typed(got), Typed(src), n, t.data(), temp.data(), size, true, 1.0, tempCelsius));
+        double* tables[8] = {nullptr, t.data()};
+        double* temps[8] = {nullptr, temp.data()};
+        int sizes[8] = {0, size};
+        std::vector<unsigned char> preset(n, 1);
+        ASSERT_TRUE(ToTemperatureLookup(Typed(gotPS), Typed(src), preset.data(), n, tables, temps, sizes, true, 1.0,
+                                        tempCelsius));
+        EXPECT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+        EXPECT_EQ(std::memcmp(gotPS.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+    }
+    EXPECT_GT(onRowDifferences, 0);
 }
 
 TEST(Temperature, PlanckInverseRoundTripsWithinTheConstantMismatch)

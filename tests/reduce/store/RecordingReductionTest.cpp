@@ -277,3 +277,43 @@ TEST_F(RecordingReductionTest, VerifierReportsEveryBlock)
     EXPECT_FALSE(v.Verify(CString(path.c_str())));
     EXPECT_TRUE(Says(v.lastError(), "last frame is cut short: 27 of 30 bytes")) << v.lastError().c_str();
 }
+
+// Blocks arrive in frame order whatever the threads, hold what Reduce gives
+// frame by frame, and a receiver that stops ends the run.
+TEST_F(RecordingReductionTest, FramesInBlocksOnSeveralThreadsMatchFrameByFrame)
+{
+    CRecordingReduction r;
+    ASSERT_TRUE(r.Open(CString(path.c_str())));
+    ASSERT_TRUE(r.SetUnit(unitTemperatureUser, tempKelvin));
+    const size_t n = kW * kH;
+    std::vector<float> want(kFrames * n);
+    std::vector<unsigned char> wantStatus(kFrames * n);
+    for (unsigned f = 0; f < kFrames; ++f) ASSERT_TRUE(r.Reduce(f, &want[f * n], &wantStatus[f * n], n));
+    for (unsigned threads : {1u, 3u, 0u})
+        for (uint64_t block : {1u, 3u, 0u}) {
+            std::vector<float> got;
+            std::vector<unsigned char> status;
+            uint64_t next = 1;
+            ASSERT_TRUE(r.ReduceFrames(1, kFrames, threads, [&](uint64_t first, uint64_t count, const float* v,
+                                                                 const unsigned char* s) {
+                EXPECT_EQ(first, next);
+                next = first + count;
+                got.insert(got.end(), v, v + count * n);
+                status.insert(status.end(), s, s + count * n);
+                return true;
+            }, block)) << r.lastError().c_str();
+            EXPECT_EQ(got, std::vector<float>(want.begin() + n, want.end())) << threads << " " << block;
+            EXPECT_EQ(status, std::vector<unsigned char>(wantStatus.begin() + n, wantStatus.end()));
+        }
+    int calls = 0;
+    EXPECT_FALSE(r.ReduceFrames(0, kFrames, 2, [&](uint64_t, uint64_t, const float*, const unsigned char*) {
+        return ++calls < 2;
+    }, 1));
+    EXPECT_EQ(calls, 2);
+    EXPECT_TRUE(Says(r.lastError(), "stopped at frame 1"));
+    EXPECT_FALSE(r.ReduceFrames(2, kFrames + 1, 2, [](uint64_t, uint64_t, const float*, const unsigned char*) {
+        return true;
+    }));
+    EXPECT_TRUE(Says(r.lastError(), "out of range"));
+    EXPECT_TRUE(r.ReduceFrames(2, 2, 2, [](uint64_t, uint64_t, const float*, const unsigned char*) { return false; }));
+}
