@@ -5,8 +5,9 @@ BUILD_FUZZ ?= build-fuzz
 FUZZ_SECONDS ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?=
+PREFIX     ?= /usr/local
 
-.PHONY: all deps configure build test test-asan bench demo fuzz clean
+.PHONY: all deps configure build test test-asan bench demo fuzz install clean
 
 all: build
 
@@ -56,6 +57,11 @@ fuzz: deps
 	  $(BUILD_FUZZ)/fuzz/$$name $$work -max_total_time=$(FUZZ_SECONDS) -max_len=$$len -timeout=10 \
 	    -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix=$(BUILD_FUZZ)/fuzz-findings/$$name-; \
 	done
+
+# Libraries (versioned), headers under include/orv, the CMake package, the
+# pkg-config file and the program, into PREFIX.
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
 	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_FUZZ)
