@@ -44,7 +44,7 @@ demo: configure
 # Target and the largest input worth trying, in bytes:
 FUZZ_TARGETS = fuzz_info_file:16384 fuzz_reduce_object:8192 fuzz_recording:16384 fuzz_convert:16384 fuzz_frame_filter:4096 \
                fuzz_rcal_file:8192 fuzz_xml_file:8192 fuzz_norm_file:4096 fuzz_jpeg:8192 \
-               fuzz_deinterlace:1024 fuzz_text:256
+               fuzz_deinterlace:1024 fuzz_text:256 fuzz_roi:8192
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(BUILD_FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORV_FUZZ=ON -DORV_BENCH=OFF $(CMAKE_ARGS)
 	cmake --build $(BUILD_FUZZ) -j $(JOBS) --target fuzz_targets

@@ -25,7 +25,16 @@ bool GetStatsScanLines(CStats& stats, const void* data, const unsigned char* sta
     ResetStats(stats);
     SStatsAcc acc;
     SStatsBox box;
-    WalkStats<T, true>(static_cast<const T*>(data), status, SWalkScanLines{width, &lines}, acc, box);
+    // Each line is a contiguous run for the block pass, as rectangle rows
+    // are; the walker redoes the lot when a run meets a NaN.
+    const T* p = static_cast<const T*>(data);
+    const bool done = status ? RunLineStats<T, true>(p, status, width, lines, acc, box)
+                             : RunLineStats<T, false>(p, nullptr, width, lines, acc, box);
+    if (!done) {
+        acc = SStatsAcc{};
+        box = SStatsBox{};
+        WalkStats<T, true>(p, status, SWalkScanLines{width, &lines}, acc, box);
+    }
     FinishStats(stats, acc, status != nullptr, width, box);
     return true;
 }

@@ -465,6 +465,26 @@ bool RunRectStats(const T* data, const unsigned char* status, unsigned int width
     return true;
 }
 
+// Scan-line statistics through the same runs, one per line in array order;
+// the box of the lines' ends. False when the walker must redo it.
+template <class T, bool kStatus>
+bool RunLineStats(const T* data, const unsigned char* status, unsigned int width, TArray<SScanLine> const& lines,
+                  SStatsAcc& acc, SStatsBox& box)
+{
+    TRunStats<T, kStatus> run;
+    for (size_t n = 0; n < lines.size() && !run.fallback; ++n) {
+        const SScanLine& line = lines.get(n);
+        if (line.last < line.first) continue;
+        const uint32_t flat = uint32_t(line.row) * width + line.first;
+        run.Run(data + flat, kStatus ? status + flat : nullptr, flat, uint32_t(line.last) - line.first + 1);
+        box.Add(line.first, line.row);
+        box.Add(line.last, line.row);
+    }
+    if (run.fallback) return false;
+    run.Result(acc);
+    return true;
+}
+
 // The rectangle kernel's pass, without the finishing steps.
 template <class T>
 void AccumulateRect(const T* data, const unsigned char* status, unsigned int width, SArea area, SStatsAcc& acc)

@@ -338,3 +338,38 @@ TEST_F(ProgramTest, BadInputGivesOneLineAndNoOutput)
 }
 
 } // namespace
+
+TEST_F(ProgramTest, RoiListsAndExportsRegionFiles)
+{
+    std::ofstream(Path("regions.xml"))
+        << "<roiList version=\"1.6\" imageWidth=\"96\" imageHeight=\"64\"><rois>"
+           "<roi name=\"Box\" type=\"Rect\"><points><point x=\"2\" y=\"3\"/><point x=\"12\" y=\"3\"/>"
+           "<point x=\"12\" y=\"8\"/><point x=\"2\" y=\"8\"/></points></roi>"
+           "<roi name=\"Weld &amp; seam\" type=\"Line\"><points><point x=\"0\" y=\"0\"/><point x=\"9\" y=\"4\"/></points></roi>"
+           "</rois></roiList>";
+    SRun r = Run("roi regions.xml --size 96x64 --svg regions.svg --bmp regions.bmp");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("Rect"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("2,3-12,8"), std::string::npos) << r.out; // bounds of the box
+    EXPECT_NE(r.out.find("      50  "), std::string::npos) << r.out; // its 10 x 5 pixels
+    for (const char* name : {"regions-1.svg", "regions-2.svg"}) {
+        // Any XML parser will do; Python's is on every machine that builds this.
+        std::string cmd = "/usr/bin/python3 -c 'import sys, xml.dom.minidom as m; m.parse(sys.argv[1])' " + Path(name);
+        EXPECT_EQ(std::system(cmd.c_str()), 0) << name;
+    }
+    EXPECT_EQ(Slurp(Path("regions-1.bmp")).substr(0, 2), "BM");
+
+    // Damaged region files: one line naming the file, a non-zero exit.
+    std::string binary = "SROI\x01\x05";
+    binary += std::string(12, '\0') + std::string("\x01\x01\x00\x00", 4); // 257 regions
+    std::ofstream(Path("count.roi"), std::ios::binary) << binary;
+    std::ofstream(Path("cut.roi"), std::ios::binary) << std::string("SROI\x01\x05\x60\x00", 8);
+    std::ofstream(Path("broken.xml")) << "<roiList version=\"1.6\"><rois><roi";
+    std::ofstream(Path("future.xml")) << "<roiList version=\"2.0\"/>";
+    for (const char* name : {"count.roi", "cut.roi", "broken.xml", "future.xml", "absent.xml"}) {
+        r = Run(std::string("roi ") + name + " --size 96x64");
+        EXPECT_EQ(r.exitCode, 1) << name;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_EQ(r.err.rfind(std::string("orvreduce: ") + name + ": ", 0), 0u) << r.err;
+    }
+}

@@ -84,6 +84,7 @@ void AddConvert(CLI::App& app);
 void AddStats(CLI::App& app);
 void AddSynth(CLI::App& app);
 void AddDemo(CLI::App& app);
+void AddRoi(CLI::App& app);
 
 // Entry points shared between commands (demo runs the others).
 int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames);

@@ -24,6 +24,7 @@ int main(int argc, char** argv)
     AddFrames(app);
     AddConvert(app);
     AddStats(app);
+    AddRoi(app);
     AddSynth(app);
     AddDemo(app);
     try {
