@@ -245,6 +245,79 @@ ORVREDUCE_CAPI float orvreduceObjectParameters_atmosphericTransmission(const orv
 ORVREDUCE_CAPI float orvreduceObjectParameters_relativeHumidity(const orvreduceObjectParameters* handle);
 ORVREDUCE_CAPI void orvreduceObjectParameters_setRelativeHumidity(orvreduceObjectParameters* handle, float value);
 
+/* ---- Roi: one region of interest, on a shared handle --------------------
+ * type: 0 Rect, 1 Ellipse, 2 Line, 3 Cursor, 4 MultiLine, 5 Polygon,
+ * 6 Freehand, 7 Isotherm, 8 MeasurementCursor, 9 Square, 10 Circle,
+ * 11 Crosshair, 100 Image (the whole frame). The figures are those of the
+ * region's last statistics, as the caller's measurement left them. */
+
+ORVREDUCE_CAPI void orvreduceRoi_Free(orvreduceRoi* handle);
+ORVREDUCE_CAPI char* orvreduceRoi_name(const orvreduceRoi* handle);
+ORVREDUCE_CAPI int32_t orvreduceRoi_type(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_emissivity(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_distance(const orvreduceRoi* handle);
+/* Limited to 0 .. 1, unlike orvreduceObjectParameters_setEmissivity. */
+ORVREDUCE_CAPI void orvreduceRoi_setEmissivity(orvreduceRoi* handle, double value);
+/* A negative distance is stored as 0. */
+ORVREDUCE_CAPI void orvreduceRoi_setDistance(orvreduceRoi* handle, double value);
+ORVREDUCE_CAPI bool orvreduceRoi_useEmissivity(const orvreduceRoi* handle);
+ORVREDUCE_CAPI void orvreduceRoi_setUseEmissivity(orvreduceRoi* handle, bool use);
+ORVREDUCE_CAPI bool orvreduceRoi_useDistance(const orvreduceRoi* handle);
+ORVREDUCE_CAPI void orvreduceRoi_setUseDistance(orvreduceRoi* handle, bool use);
+ORVREDUCE_CAPI double orvreduceRoi_mean(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_sum(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_standardDeviation(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_minValue(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_maxValue(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_centerValue(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_pixelArea(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_area(const orvreduceRoi* handle);
+ORVREDUCE_CAPI double orvreduceRoi_length(const orvreduceRoi* handle);
+ORVREDUCE_CAPI uint32_t orvreduceRoi_numPixels(const orvreduceRoi* handle);
+ORVREDUCE_CAPI orvSPoint orvreduceRoi_minPosition(const orvreduceRoi* handle);
+ORVREDUCE_CAPI orvSPoint orvreduceRoi_maxPosition(const orvreduceRoi* handle);
+/* Kept in single precision, handed out as doubles. */
+ORVREDUCE_CAPI orvSPointF orvreduceRoi_centerPosition(const orvreduceRoi* handle);
+ORVREDUCE_CAPI bool orvreduceRoi_areaValid(const orvreduceRoi* handle);
+/* For Line and MultiLine the area flag; false for every other type. */
+ORVREDUCE_CAPI bool orvreduceRoi_lengthValid(const orvreduceRoi* handle);
+/* The mask as a 24-bit bitmap file; the shape as SVG. */
+ORVREDUCE_CAPI bool orvreduceRoi_ExportBitmask(orvreduceRoi* handle, const char* path);
+ORVREDUCE_CAPI bool orvreduceRoi_ExportSvg(orvreduceRoi* handle, const char* path);
+
+/* ---- RoiList: the regions of one image ----------------------------------
+ * Element 0 is always the image region. The Add functions name the new
+ * region ("Rectangle 1", "Cursor 2", ...: the first free number of its
+ * kind), add it and return a new handle to it. Files are written as XML
+ * and read as XML or the older binary form. */
+
+ORVREDUCE_CAPI orvreduceRoiList* orvreduceRoiList_Alloc(void);
+ORVREDUCE_CAPI void orvreduceRoiList_Free(orvreduceRoiList* list);
+ORVREDUCE_CAPI unsigned int orvreduceRoiList_size(const orvreduceRoiList* list);
+/* Removes all but the image region. */
+ORVREDUCE_CAPI void orvreduceRoiList_RemoveAll(orvreduceRoiList* list);
+/* Null for an index past the end. */
+ORVREDUCE_CAPI orvreduceRoi* orvreduceRoiList_at(const orvreduceRoiList* list, unsigned int index);
+ORVREDUCE_CAPI orvreduceRoi* orvreduceRoiList_AddCursor(orvreduceRoiList* list, const orvSPointF* position);
+ORVREDUCE_CAPI orvreduceRoi* orvreduceRoiList_AddRect(orvreduceRoiList* list, orvSRectF rect);
+ORVREDUCE_CAPI orvreduceRoi* orvreduceRoiList_AddLine(orvreduceRoiList* list, const orvSPointF* from,
+                                                      const orvSPointF* to);
+ORVREDUCE_CAPI orvreduceRoi* orvreduceRoiList_AddEllipse(orvreduceRoiList* list, orvSRectF rect);
+/* The handle stays valid (and must still be freed); the image region is
+ * never removed. */
+ORVREDUCE_CAPI void orvreduceRoiList_Remove(orvreduceRoiList* list, const orvreduceRoi* roi);
+ORVREDUCE_CAPI bool orvreduceRoiList_Load(orvreduceRoiList* list, const char* path);
+ORVREDUCE_CAPI bool orvreduceRoiList_Save(orvreduceRoiList* list, const char* path);
+
+/* ---- UnitArray: a list of units (0 Counts, 1 Radiance (User), ...) ------ */
+
+ORVREDUCE_CAPI unsigned int orvreduceUnitArray_size(const orvreduceUnitArray* array);
+/* Checked access: an index past the end throws the base library's
+ * out-of-range exception, which in C ends the program; compare with
+ * orvreduceUnitArray_size first. A null array reads 12, no unit. */
+ORVREDUCE_CAPI int32_t orvreduceUnitArray_at(const orvreduceUnitArray* array, unsigned int index);
+ORVREDUCE_CAPI void orvreduceUnitArray_Free(orvreduceUnitArray* array);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

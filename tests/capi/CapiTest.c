@@ -8,6 +8,9 @@
 #include "reduce/capi/orvreduce.h"
 
 orvreduceReduceObjects* capiTestDecodeFrame(const char* path, unsigned int frame);
+int capiTestPixel(const char* path, unsigned int frame, unsigned int x, unsigned int y);
+bool capiTestMeasure(orvreduceRoiList* list, const char* path, unsigned int frame);
+orvreduceUnitArray* capiTestUnits(void);
 
 static int failures = 0;
 
@@ -191,6 +194,145 @@ static void TestFrameInfo(const char* path)
     orvreduceFrameInfo_Free(frame);
 }
 
+/* First bytes of a file, or an empty string. */
+static void Head(const char* path, char* out, size_t n)
+{
+    FILE* f = fopen(path, "rb");
+    size_t got = f ? fread(out, 1, n - 1, f) : 0;
+    out[got] = '\0';
+    if (f) fclose(f);
+}
+
+/* Regions built, named, measured on frame 1, exported, saved and loaded. */
+static void TestRegions(const char* path)
+{
+    orvreduceRoiList* list = orvreduceRoiList_Alloc();
+    CHECK(orvreduceRoiList_size(list) == 1);
+    orvreduceRoi* image = orvreduceRoiList_at(list, 0);
+    CHECK(Text(orvreduceRoi_name(image), "Image") && orvreduceRoi_type(image) == 100);
+    CHECK(orvreduceRoiList_at(list, 1) == NULL && orvreduceRoiList_at(list, 0xFFFFFFFFu) == NULL);
+
+    orvSRectF box = {10, 20, 14, 25}; /* top, left, bottom, right */
+    orvSPointF at = {30.2, 20.4}, from = {5, 40}, to = {50, 40};
+    orvreduceRoi* rect = orvreduceRoiList_AddRect(list, box);
+    orvreduceRoi* rect2 = orvreduceRoiList_AddRect(list, box);
+    orvreduceRoi* cursor = orvreduceRoiList_AddCursor(list, &at);
+    orvreduceRoi* line = orvreduceRoiList_AddLine(list, &from, &to);
+    orvreduceRoi* ellipse = orvreduceRoiList_AddEllipse(list, box);
+    CHECK(orvreduceRoiList_AddCursor(list, NULL) == NULL && orvreduceRoiList_AddLine(list, &from, NULL) == NULL);
+    CHECK(orvreduceRoiList_AddRect(NULL, box) == NULL);
+    CHECK(orvreduceRoiList_size(list) == 6);
+    CHECK(Text(orvreduceRoi_name(rect), "Rectangle 1") && Text(orvreduceRoi_name(rect2), "Rectangle 2"));
+    CHECK(Text(orvreduceRoi_name(cursor), "Cursor 1") && Text(orvreduceRoi_name(line), "Line 1"));
+    CHECK(Text(orvreduceRoi_name(ellipse), "Ellipse 1"));
+    CHECK(orvreduceRoi_type(rect) == 0 && orvreduceRoi_type(ellipse) == 1 && orvreduceRoi_type(line) == 2 &&
+          orvreduceRoi_type(cursor) == 3);
+
+    /* The region's setters limit; the scene's (above) do not. */
+    orvreduceRoi_setEmissivity(rect, 1.5);
+    CHECK(orvreduceRoi_emissivity(rect) == 1.0);
+    orvreduceRoi_setEmissivity(rect, -0.25);
+    CHECK(orvreduceRoi_emissivity(rect) == 0.0);
+    orvreduceRoi_setEmissivity(rect, 0.8);
+    orvreduceRoi_setDistance(rect, -3.0);
+    CHECK(orvreduceRoi_distance(rect) == 0.0);
+    orvreduceRoi_setDistance(rect, 4.5);
+    orvreduceRoi_setUseEmissivity(rect, true);
+    CHECK(orvreduceRoi_useEmissivity(rect) && !orvreduceRoi_useDistance(rect));
+    orvreduceRoi_setUseDistance(rect, true);
+    CHECK(orvreduceRoi_useDistance(rect));
+
+    /* Measured: the cursor is the one pixel under it, the box's extremes are
+     * pixels of the frame at the places given, inside the box. */
+    CHECK(capiTestMeasure(list, path, 1));
+    CHECK(orvreduceRoi_numPixels(cursor) == 1);
+    CHECK(orvreduceRoi_mean(cursor) == capiTestPixel(path, 1, 30, 20));
+    CHECK(orvreduceRoi_minPosition(cursor).x == 30 && orvreduceRoi_minPosition(cursor).y == 20);
+    orvSPoint lo = orvreduceRoi_minPosition(rect), hi = orvreduceRoi_maxPosition(rect);
+    CHECK(lo.x >= 20 && lo.x <= 25 && lo.y >= 10 && lo.y <= 14 && hi.x >= 20 && hi.x <= 25);
+    CHECK(orvreduceRoi_minValue(rect) == capiTestPixel(path, 1, lo.x, lo.y));
+    CHECK(orvreduceRoi_maxValue(rect) == capiTestPixel(path, 1, hi.x, hi.y));
+    CHECK(orvreduceRoi_minValue(rect) <= orvreduceRoi_mean(rect) && orvreduceRoi_mean(rect) <= orvreduceRoi_maxValue(rect));
+    CHECK(fabs(orvreduceRoi_sum(rect) - orvreduceRoi_mean(rect) * orvreduceRoi_numPixels(rect)) < 1e-6 * orvreduceRoi_sum(rect));
+    CHECK(orvreduceRoi_standardDeviation(rect) >= 0 && orvreduceRoi_standardDeviation(cursor) == 0);
+    CHECK(orvreduceRoi_numPixels(image) == 64 * 48);
+    orvSPointF c = orvreduceRoi_centerPosition(cursor);
+    CHECK(c.x == 30 && c.y == 20);
+    /* A length belongs to lines only. */
+    CHECK(orvreduceRoi_lengthValid(line) == orvreduceRoi_areaValid(line));
+    CHECK(!orvreduceRoi_lengthValid(rect) && !orvreduceRoi_lengthValid(cursor));
+
+    /* Exports: an SVG drawing and a bitmap. */
+    char file[4096], head[8];
+    snprintf(file, sizeof file, "%s.rect.svg", path);
+    CHECK(orvreduceRoi_ExportSvg(rect, file));
+    Head(file, head, sizeof head);
+    CHECK(head[0] == '<');
+    remove(file);
+    snprintf(file, sizeof file, "%s.rect.bmp", path);
+    CHECK(orvreduceRoi_ExportBitmask(rect, file));
+    Head(file, head, sizeof head);
+    CHECK(head[0] == 'B' && head[1] == 'M');
+    CHECK(!orvreduceRoi_ExportSvg(rect, NULL) && !orvreduceRoi_ExportSvg(NULL, file));
+    remove(file);
+
+    /* Remove: the handle stays usable; the image region stays. */
+    orvreduceRoiList_Remove(list, rect2);
+    orvreduceRoiList_Remove(list, image);
+    CHECK(orvreduceRoiList_size(list) == 5);
+    CHECK(Text(orvreduceRoi_name(rect2), "Rectangle 2"));
+    orvreduceRoi* second = orvreduceRoiList_at(list, 2);
+    CHECK(Text(orvreduceRoi_name(second), "Cursor 1"));
+    orvreduceRoi_Free(second);
+    orvreduceRoi* again = orvreduceRoiList_AddRect(list, box); /* the freed name is taken again */
+    CHECK(Text(orvreduceRoi_name(again), "Rectangle 2"));
+    orvreduceRoi_Free(again);
+
+    /* Saved and loaded into a new list: same regions, same settings. */
+    snprintf(file, sizeof file, "%s.rois.xml", path);
+    CHECK(orvreduceRoiList_Save(list, file));
+    orvreduceRoiList* loaded = orvreduceRoiList_Alloc();
+    CHECK(orvreduceRoiList_Load(loaded, file));
+    CHECK(orvreduceRoiList_size(loaded) == orvreduceRoiList_size(list));
+    orvreduceRoi* back = orvreduceRoiList_at(loaded, 1);
+    CHECK(Text(orvreduceRoi_name(back), "Rectangle 1") && orvreduceRoi_type(back) == 0);
+    CHECK(orvreduceRoi_emissivity(back) == 0.8 && orvreduceRoi_distance(back) == 4.5);
+    CHECK(orvreduceRoi_useEmissivity(back) && orvreduceRoi_useDistance(back));
+    orvreduceRoi_Free(back);
+    CHECK(!orvreduceRoiList_Load(loaded, "/nonexistent/rois.xml") && !orvreduceRoiList_Load(loaded, NULL));
+    CHECK(!orvreduceRoiList_Save(loaded, "/nonexistent/dir/rois.xml"));
+    remove(file);
+    orvreduceRoiList_Free(loaded);
+
+    /* The handles outlive their list. */
+    orvreduceRoiList_RemoveAll(list);
+    CHECK(orvreduceRoiList_size(list) == 1);
+    orvreduceRoiList_Free(list);
+    CHECK(orvreduceRoi_mean(cursor) == capiTestPixel(path, 1, 30, 20));
+    CHECK(Text(orvreduceRoi_name(ellipse), "Ellipse 1"));
+    orvreduceRoi* handles[] = {image, rect, rect2, cursor, line, ellipse};
+    for (size_t i = 0; i < sizeof handles / sizeof handles[0]; ++i) orvreduceRoi_Free(handles[i]);
+
+    /* Null lists and regions. */
+    orvreduceRoiList_Free(NULL);
+    orvreduceRoi_Free(NULL);
+    orvreduceRoiList_RemoveAll(NULL);
+    orvreduceRoiList_Remove(NULL, NULL);
+    CHECK(orvreduceRoiList_size(NULL) == 0 && orvreduceRoiList_at(NULL, 0) == NULL);
+    CHECK(orvreduceRoi_name(NULL) == NULL && orvreduceRoi_mean(NULL) == 0.0 && !orvreduceRoi_lengthValid(NULL));
+    orvreduceRoi_setEmissivity(NULL, 0.5);
+}
+
+static void TestUnitArray(void)
+{
+    orvreduceUnitArray* units = capiTestUnits();
+    CHECK(orvreduceUnitArray_size(units) == 2);
+    CHECK(orvreduceUnitArray_at(units, 0) == 0 && orvreduceUnitArray_at(units, 1) == 2);
+    orvreduceUnitArray_Free(units);
+    orvreduceUnitArray_Free(NULL);
+    CHECK(orvreduceUnitArray_size(NULL) == 0 && orvreduceUnitArray_at(NULL, 0) == 12);
+}
+
 int main(int argc, char** argv)
 {
     if (argc != 2) {
@@ -202,6 +344,8 @@ int main(int argc, char** argv)
     TestAlloc();
     TestRecording(argv[1]);
     TestFrameInfo(argv[1]);
+    TestRegions(argv[1]);
+    TestUnitArray();
     if (failures) fprintf(stderr, "%d checks failed\n", failures);
     else printf("all checks passed\n");
     return failures ? 1 : 0;
