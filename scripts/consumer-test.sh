@@ -16,6 +16,8 @@ libdir=$(dirname "$(find "$prefix" -name orvreduce.pc)")/..
 for lib in liborv.so liborvreduce.so; do
   soname=$(objdump -p "$libdir/$lib" | awk '/SONAME/ {print $2}')
   [ "$soname" = "$lib.0" ] || { echo "$lib: SONAME '$soname', expected $lib.0"; exit 1; }
+  # The installed library exports what its list says, no more.
+  "$src/scripts/check-exports.sh" "$libdir/$lib" "$src/cmake/exports/${lib%.so}.txt"
 done
 
 "$prefix/bin/orvreduce" synth "$work/scene.qrt" --size 64x48 --frames 2 > /dev/null
