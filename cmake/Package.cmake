@@ -59,5 +59,6 @@ install(FILES ${CMAKE_BINARY_DIR}/orvreduceConfig.cmake ${CMAKE_BINARY_DIR}/orvr
 
 # pkg-config: prefix-relative paths, so the package may be moved as a whole.
 file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 configure_file(${CMAKE_SOURCE_DIR}/cmake/orvreduce.pc.in ${CMAKE_BINARY_DIR}/orvreduce.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/orvreduce.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
