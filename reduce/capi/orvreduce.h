@@ -5,7 +5,7 @@
  * through their foreign function interfaces, acquisition code. It reads source
  * info, frame info and object parameters out of an object array, and builds,
  * measures, exports and saves regions of interest. Each function forwards to
- * the class of the same name in namespace orv::reduce; none adds logic.
+ * the class its family names, in namespace orv::reduce; none adds logic.
  *
  * Plain C99; also compiles as C++. Link with -lorvreduce -lorv
  * (pkg-config --libs orvreduce, or orvreduce::orvreduce in CMake).
