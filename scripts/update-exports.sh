@@ -4,6 +4,9 @@
 # intended (a new class, a removed function), and commit the lists with it.
 #
 #   scripts/update-exports.sh [BUILD_DIR]     (default: build)
+#
+# BUILD_DIR must be a Release build without sanitizers: the lists are that
+# build's, and the tests compare them there only.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build}
