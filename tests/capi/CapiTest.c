@@ -95,19 +95,23 @@ static void TestNullHandles(void)
     orvreduceReduceObjects_Free(array);
 }
 
-/* A new object of each kind, made by the object factory. */
+/* A new object of each kind, made by the object factory, on its own. */
 static void TestAlloc(void)
 {
     orvreduceSourceInfo* info = orvreduceSourceInfo_Alloc();
     orvreduceFrameInfo* frame = orvreduceFrameInfo_Alloc();
-    orvreduceObjectParameters* scene = orvreduceObjectParameters_Alloc();
-    CHECK(Text(orvreduceSourceInfo_camera(info), "Unknown Camera"));
-    CHECK(orvreduceSourceInfo_presetFrameRate(info, 7) == 1.0f);
-    CHECK(Text(orvreduceFrameInfo_GetNameAt(frame, 3), "TimeSource"));
-    CHECK(orvreduceObjectParameters_reflectedTemp(scene) == 293.15f);
+    orvreduceObjectParameters* a = orvreduceObjectParameters_Alloc();
+    orvreduceObjectParameters* b = orvreduceObjectParameters_Alloc();
+    char* camera = orvreduceSourceInfo_camera(info);
+    CHECK(camera != NULL);
+    orvStrFree(camera);
+    CHECK(orvreduceFrameInfo_numEntries(frame) == 4 && Text(orvreduceFrameInfo_GetNameAt(frame, 3), "TimeSource"));
+    orvreduceObjectParameters_setDistance(a, 123.0f);
+    CHECK(orvreduceObjectParameters_distance(a) == 123.0f && orvreduceObjectParameters_distance(b) != 123.0f);
     orvreduceSourceInfo_Free(info);
     orvreduceFrameInfo_Free(frame);
-    orvreduceObjectParameters_Free(scene);
+    orvreduceObjectParameters_Free(a);
+    orvreduceObjectParameters_Free(b);
 }
 
 static void TestRecording(const char* path)
