@@ -10,8 +10,9 @@ JOBS       ?= $(shell nproc)
 # before (a second `make test-asan` recompiles only what changed).
 CCACHE     := $(shell command -v ccache 2>/dev/null)
 CMAKE_ARGS ?= $(if $(CCACHE),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
+PREFIX     ?= /usr/local
 
-.PHONY: all deps configure build test test-asan bench demo fuzz fuzz-merge python clean
+.PHONY: all deps configure build test test-asan bench demo fuzz fuzz-merge python install clean
 
 all: build
 
@@ -80,6 +81,11 @@ fuzz-merge:
 	  $(BUILD_FUZZ)/fuzz/$$name -merge=1 -max_len=$$len -timeout=10 -rss_limit_mb=2048 \
 	    -malloc_limit_mb=$(FUZZ_MALLOC_MB) fuzz/corpus/$$name $$work; \
 	done
+
+# Libraries (versioned), headers under include/orv, the CMake package, the
+# pkg-config file and the program, into PREFIX.
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
 	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_FUZZ)

@@ -273,3 +273,7 @@ bool ParseGuid(const char* text, SGuid& id)
 }
 
 } // namespace orv
+
+// The free that matches orvStrDup, in plain C: the flat interface
+// (reduce/capi/orvreduce.h declares it) hands out such copies.
+extern "C" void orvStrFree(char* text) { free(text); }
