@@ -75,6 +75,9 @@ bool CRecordingReduction::Prepare()
     else
         ok = true;
     if (!ok) {
+        // Let go before Close empties the array, so that the array's pointer
+        // to the base type, not this one, releases the object.
+        info.reset();
         const CString why = m_error;
         Close();
         m_error = why;
