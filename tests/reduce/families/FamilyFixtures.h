@@ -1,5 +1,7 @@
 #pragma once
 // Calibrations shaped like those of real cameras, for the family tests.
+#include <cmath>
+
 #include "reduce/objects/MarloweFactoryCalReduceObject.h"
 
 namespace orv::reduce::test {
@@ -32,6 +34,51 @@ inline void MakeMarloweCal(CMarloweFactoryCalReduceObject& cal, int order)
     cal.maxRadiance = 1.25e-3f;
     cal.minCounts = 1000;
     cal.maxCounts = 15000;
+}
+
+} // namespace orv::reduce::test
+
+#include "reduce/families/tessel/TesMeasConv.h"
+
+namespace orv::reduce::test {
+
+// A Tessel preset: object signal in image values, about 1800 at -20 Celsius
+// to 13000 at 120, measuring -20 to 120 (clamps -40 and 150), with a drift
+// model around a detector at 30 Celsius.
+inline _cal_param_t MakeTesselCal()
+{
+    _cal_param_t c;
+    c.R = 500000.0f;
+    c.B = 1430.0f;
+    c.F = 1.0f;
+    c.alpha1 = 0.006569f;
+    c.alpha2 = 0.01262f;
+    c.beta1 = 0.0005f;
+    c.beta2 = 0.001f;
+    c.X = 0.8f;
+    c.clampHighTemp = 423.15f;
+    c.validHighTemp = 393.15f;
+    c.validLowTemp = 253.15f;
+    c.clampLowTemp = 233.15f;
+    c.rangeHighTemp = 423.15f;
+    c.rangeLowTemp = 233.15f;
+    c.driftK0 = 1.0f;
+    c.driftK1 = 0.05f;
+    c.driftB9 = 0.1f;
+    c.driftA9 = float(0.1 * 500000.0 / (std::exp(1430.0 / 303.15) - 1.0));
+    c.driftB10 = 0.05f;
+    c.driftA10 = float(0.05 * 500000.0 / (std::exp(1430.0 / 303.15) - 1.0));
+    c.driftC11 = 2.0f;
+    return c;
+}
+
+inline _tdrift_par_t MakeTesselDrift()
+{
+    _tdrift_par_t d;
+    d.driftOn = true;
+    d.t0 = 303.15f;
+    d.k2 = 0.02f;
+    return d;
 }
 
 } // namespace orv::reduce::test
