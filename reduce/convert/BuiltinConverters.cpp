@@ -5,14 +5,16 @@
 #include "reduce/convert/RGBConverter.h"
 #include "reduce/convert/TemperatureConverter.h"
 #include "reduce/convert/UserConverter.h"
+#include "reduce/families/marlowe/MarloweConverter.h"
+#include "reduce/families/tessel/TesselConverter.h"
 
 namespace orv::reduce {
 
 // The camera family converters take the places marked below.
 const SBuiltinConverter builtinConverters[] = {
     // Corvane
-    // Tessel
-    // Marlowe
+    {CTesselConverter::kName, &CTesselConverter::Register},
+    {CMarloweConverter::kName, &CMarloweConverter::Register},
     {CRGBConverter::kName, &CRGBConverter::Register},
     // Ombria
     {CTemperatureConverter::kName, &CTemperatureConverter::Register},
