@@ -338,3 +338,40 @@ TEST_F(ProgramTest, BadInputGivesOneLineAndNoOutput)
 }
 
 } // namespace
+
+TEST_F(ProgramTest, FamilySynthesesGiveBackTheSceneThroughFactoryCalibrations)
+{
+    // Each family's recording interleaves its presets, each preset with its
+    // own calibration: a frame read with the wrong one would be degrees off.
+    // Noise is +-0.1 K and a count about 0.02 K: 0.13 K covers both.
+    const double tol = 0.13;
+    for (const char* family : {"marlowe", "tessel"}) {
+        const std::string qrt = std::string(family) + ".qrt", csv = std::string(family) + ".csv";
+        SRun r = Run("synth " + qrt + " --size 96x64 --frames 5 --family " + family);
+        ASSERT_EQ(r.exitCode, 0) << family << ": " << r.err;
+        r = Run("info " + qrt);
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+        EXPECT_NE(r.out.find("Temperature (Factory)"), std::string::npos) << family;
+        r = Run("convert " + qrt + " --unit \"Temperature (Factory)\" -o " + csv);
+        ASSERT_EQ(r.exitCode, 0) << family << ": " << r.err;
+        for (unsigned f = 0; f < N; ++f) {
+            auto rows = ReadCsvFrame(Path(csv), f);
+            ASSERT_EQ(rows.size(), H);
+            ASSERT_EQ(rows[0].size(), W);
+            EXPECT_NEAR(rows[H / 2][static_cast<unsigned>(DiscX(f))], 120.0, tol) << family << " frame " << f;
+            for (unsigned x = 0; x < W; x += 5) {
+                EXPECT_NEAR(rows[0][x], Background(x), tol) << family << " x " << x << " frame " << f;
+                EXPECT_NEAR(rows[H - 1][x], Background(x), tol) << family << " x " << x << " frame " << f;
+            }
+        }
+        r = Run("stats " + qrt + " --unit \"Temperature (Factory)\"");
+        EXPECT_EQ(r.exitCode, 0) << family << ": " << r.err;
+    }
+    // Tessel offers the object signal, which grows with the scene.
+    SRun r = Run("convert tessel.qrt --unit \"Object Signal\" --frames 0 -o os.csv");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    auto rows = ReadCsvFrame(Path("os.csv"), 0);
+    ASSERT_EQ(rows.size(), H);
+    EXPECT_LT(rows[0][0], rows[0][W - 1]);
+    EXPECT_LT(rows[0][W - 1], rows[H / 2][static_cast<unsigned>(DiscX(0))]);
+}

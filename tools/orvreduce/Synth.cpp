@@ -10,6 +10,8 @@
 // temperature from a table of radiance per degree, -50 to 500 C, of a grey
 // body that sees 30 % of the black-body exitance: 0.3 sigma T^4 / pi.
 // Emissivity 0.95, so counts encode 0.95 times the table's radiance.
+// With --family, the counts come from a camera family's factory calibration
+// instead (SynthMarlowe.cpp, SynthTessel.cpp), several presets interleaved.
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -22,6 +24,7 @@
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/PixelsHeader.h"
 #include "tools/orvreduce/Common.h"
+#include "tools/orvreduce/SynthFamily.h"
 
 namespace orv::reduce::cli {
 
@@ -70,35 +73,11 @@ double Noise(unsigned x, unsigned y, unsigned f)
 
 bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
 {
-    auto info = objs.GetSourceInfo(true);
+    FillSyntheticSource(objs, width, height, 16, 1, kTableLow, kTableHigh);
+    auto info = objs.GetSourceInfo(false);
     auto params = objs.GetObjectParameters(true);
     auto rcal = objs.GetObjectOfType(CRCalReduceObject::typeID, -1, true).DynamicCast<CRCalReduceObject>();
     if (!info || !params || !rcal) return false;
-
-    info->camera = "orvreduce synthetic scene";
-    info->cameraModel = "Synthetic";
-    info->adBits = 16;
-    info->pixelType = pixelGrayscale;
-    info->dataType = dtUInt16;
-    info->baseUnit = unitCounts;
-    info->baseTempType = tempCelsius;
-    info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
-    info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
-    info->numPresets = 1;
-    info->presets[0].available = true;
-    info->presets[0].calibrated = true;
-    info->presets[0].frameRate = 30.0f;
-    info->presets[0].frameRateValid = true;
-    info->presets[0].intTime = 0.001;
-    info->presets[0].intTimeValid = true;
-    info->presets[0].minTemp = kTableLow;
-    info->presets[0].maxTemp = kTableHigh;
-    info->bandpassStart = 8;
-    info->bandpassEnd = 14;
-    info->bandpassValid = true;
-    info->time = CDateTime::Now();
-    info->timeValid = true;
-    info->valid = true;
 
     params->emissivity = static_cast<float>(kEmissivity);
     params->distance = 5.0f;
@@ -124,16 +103,88 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
     return true;
 }
 
+class CUserSynth : public ISynthFamily {
+public:
+    bool Fill(CReduceObjectArray& objs, unsigned width, unsigned height) override
+    {
+        return FillObjects(objs, width, height);
+    }
+    unsigned presets() const override { return 1; }
+    uint16_t Counts(double celsius, unsigned) override { return CountsOf(celsius); }
+};
+
 } // namespace
+
+void FillSyntheticSource(CReduceObjectArray& objs, unsigned width, unsigned height, unsigned adBits,
+                         unsigned presets, double low, double high)
+{
+    auto info = objs.GetSourceInfo(true);
+    info->camera = "orvreduce synthetic scene";
+    info->cameraModel = "Synthetic";
+    info->adBits = static_cast<int32_t>(adBits);
+    info->pixelType = pixelGrayscale;
+    info->dataType = dtUInt16;
+    info->baseUnit = unitCounts;
+    info->baseTempType = tempCelsius;
+    info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
+    info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
+    info->numPresets = static_cast<uint8_t>(presets);
+    info->presetSequencing = presets > 1;
+    for (unsigned i = 0; i < presets && i < 8; ++i) {
+        SPresetInfo& p = info->presets[i];
+        p.available = true;
+        p.calibrated = true;
+        p.frameRate = 30.0f;
+        p.frameRateValid = true;
+        p.intTime = 0.001;
+        p.intTimeValid = true;
+        p.minTemp = low;
+        p.maxTemp = high;
+    }
+    info->bandpassStart = 8;
+    info->bandpassEnd = 14;
+    info->bandpassValid = true;
+    info->time = CDateTime::Now();
+    info->timeValid = true;
+    info->valid = true;
+}
+
+uint16_t NearestEntry(const float* table, unsigned n, double value)
+{
+    unsigned lo = 0, hi = n - 1;
+    while (lo < hi) {
+        const unsigned mid = (lo + hi) / 2;
+        if (table[mid] < value)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    if (lo > 0 && std::fabs(table[lo - 1] - value) <= std::fabs(table[lo] - value)) --lo;
+    return static_cast<uint16_t>(lo);
+}
+
+std::unique_ptr<ISynthFamily> MakeUserSynth() { return std::make_unique<CUserSynth>(); }
 
 int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames)
 {
+    return RunSynth(path, width, height, frames, "user");
+}
+
+int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, const std::string& name)
+{
+    std::unique_ptr<ISynthFamily> family;
+    if (name == "user") family = MakeUserSynth();
+    else if (name == "marlowe") family = MakeMarloweSynth();
+    else if (name == "tessel") family = MakeTesselSynth();
+    else return Fail("synth: unknown family '%s'", name.c_str());
+
     if (width < 8 || height < 8 || width > 65535 || height > 65535)
         return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", width, height);
     if (frames == 0) return Fail("synth: at least one frame is needed");
 
     CReduceObjectArray objs;
-    if (!FillObjects(objs, width, height)) return Fail("synth: could not build the calibration objects");
+    if (!family->Fill(objs, width, height)) return Fail("synth: could not build the calibration objects");
+    const unsigned presets = family->presets();
 
     CTempOutput out(path);
     TSharedPtr<IFile> file = fileSystem()->Open(out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
@@ -151,7 +202,7 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
             for (unsigned x = 0; x < width; ++x) {
                 double dx = x - cx, dy = y - cy;
                 double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
-                uint16_t c = CountsOf(t + Noise(x, y, f));
+                uint16_t c = family->Counts(t + Noise(x, y, f), f % presets);
                 // Frames are little-endian on disk.
                 unsigned char* p = reinterpret_cast<unsigned char*>(&frame[size_t(y) * width + x]);
                 p[0] = static_cast<unsigned char>(c & 0xff);
@@ -162,7 +213,8 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
             return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
         progress.Step(f + 1);
     }
-    unsigned int counts[4] = {frames, 0, 0, 0};
+    unsigned int counts[4] = {};
+    for (unsigned f = 0; f < frames; ++f) ++counts[(f % presets) & 3];
     if (!FinishQRTFile(file, counts, true)) return Fail("%s: finishing the recording failed", path.c_str());
     file.reset();
     if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
@@ -175,6 +227,7 @@ void AddSynth(CLI::App& app)
         std::string path;
         std::string size = "320x256";
         unsigned frames = 10;
+        std::string family = "user";
     };
     auto args = std::make_shared<SArgs>();
     CLI::App* cmd = app.add_subcommand("synth", "Write a synthetic recording of a known temperature scene");
@@ -184,16 +237,22 @@ void AddSynth(CLI::App& app)
         "temperature from a radiance table. The scene, in Celsius: a background of\n"
         "20 + 15 x / (W - 1), a hot disc at 120 of radius min(W, H) / 8 moving from x = W/4\n"
         "to 3W/4 along y = H/2 over the frames, and deterministic noise of +-0.1.\n"
+        "With --family marlowe or tessel the counts come from that camera family's factory\n"
+        "calibration instead, its presets taking the frames in turn (preset sequencing), so that\n"
+        "\"Temperature (Factory)\" gives the scene back.\n"
         "Example: orvreduce synth scene.qrt --size 640x512 --frames 100");
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
+    cmd->add_option("--family", args->family, "Calibration: user, marlowe, tessel")
+        ->check(CLI::IsMember({"user", "marlowe", "tessel"}))
+        ->capture_default_str();
     cmd->callback([args] {
         unsigned w = 0, h = 0;
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = RunSynth(args->path, w, h, args->frames);
+        int rc = RunSynth(args->path, w, h, args->frames, args->family);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;
     });
