@@ -44,31 +44,15 @@ public:
     bool OutputToSignal(float in, unsigned short& signal, unsigned char& status, unsigned char preset) override;
     bool SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
                         unsigned char preset) override;
+    using IConverter::BaseToOutput;
     bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
     bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset) override;
 
-    using IConverter::BaseToOutput;
-    bool BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst, unsigned char* status,
-                      unsigned int n) override;
-    bool BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
-                      unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices, unsigned int n,
-                      STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area, STypedData dst,
-                      unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width, unsigned short height,
-                      SArea area, STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, const TArray<SScanLine>& lines,
-                      STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width, unsigned short height,
-                      const TArray<SScanLine>& lines, STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
-                      const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                      unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width, unsigned short height,
-                      SArea area, const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                      unsigned char* status) override;
+    // Every array and region form comes here: the look-up kernel over the
+    // region, with the current preset's table or each pixel's own.
+    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
+    bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
+                       unsigned char* status) override;
 
     unsigned char GuessPresetFromOutput(float value) override;
 

@@ -311,80 +311,21 @@ bool CTesselConverter::PerPreset(STypedData src, STypedData dst, float** tables,
     return true;
 }
 
-#define ORV_TES_SINGLE(...)                                                         \
-    float* table = nullptr;                                                         \
-    unsigned char* tableStatus = nullptr;                                           \
-    if (!Single(src, dst, table, tableStatus)) return false;                        \
-    return ApplyLUT(__VA_ARGS__, table, tableStatus, kLow, kHigh);
-#define ORV_TES_PS(...)                                                             \
-    float* tables[kByteTables];                                                     \
-    unsigned char* statuses[kByteTables];                                           \
-    if (!PerPreset(src, dst, tables, statuses)) return false;                       \
-    return ApplyLUT(__VA_ARGS__, tables, statuses, kLow, kHigh);
-
-bool CTesselConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n)
+bool CTesselConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
 {
-    ORV_TES_SINGLE(src, dst, status, n)
+    float* table = nullptr;
+    unsigned char* tableStatus = nullptr;
+    if (!Single(src, dst, table, tableStatus)) return false;
+    return ApplyLUT(src, dst, status, region, table, tableStatus, kLow, kHigh);
 }
 
-bool CTesselConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst,
-                                    unsigned char* status, unsigned int n)
+bool CTesselConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
+                                     STypedData dst, unsigned char* status)
 {
-    ORV_TES_PS(src, presetIndex, dst, status, n)
+    float* tables[kByteTables];
+    unsigned char* statuses[kByteTables];
+    if (!PerPreset(src, dst, tables, statuses)) return false;
+    return ApplyLUT(src, presetIndex, dst, status, region, tables, statuses, kLow, kHigh);
 }
-
-bool CTesselConverter::BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
-                                    unsigned char* status)
-{
-    ORV_TES_SINGLE(src, dst, status, indices, n)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices,
-                                    unsigned int n, STypedData dst, unsigned char* status)
-{
-    ORV_TES_PS(src, presetIndex, dst, status, indices, n)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
-                                    STypedData dst, unsigned char* status)
-{
-    ORV_TES_SINGLE(src, dst, status, width, height, area)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                                    unsigned short height, SArea area, STypedData dst, unsigned char* status)
-{
-    ORV_TES_PS(src, presetIndex, dst, status, width, height, area)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height,
-                                    const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
-{
-    ORV_TES_SINGLE(src, dst, status, width, height, lines)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                                    unsigned short height, const TArray<SScanLine>& lines, STypedData dst,
-                                    unsigned char* status)
-{
-    ORV_TES_PS(src, presetIndex, dst, status, width, height, lines)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
-                                    const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                                    unsigned char* status)
-{
-    ORV_TES_SINGLE(src, dst, status, width, height, area, mask, maskWidth)
-}
-
-bool CTesselConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                                    unsigned short height, SArea area, const unsigned char* mask,
-                                    unsigned int maskWidth, STypedData dst, unsigned char* status)
-{
-    ORV_TES_PS(src, presetIndex, dst, status, width, height, area, mask, maskWidth)
-}
-
-#undef ORV_TES_SINGLE
-#undef ORV_TES_PS
 
 } // namespace orv::reduce
