@@ -87,9 +87,6 @@ void AddDemo(CLI::App& app);
 
 // Entry points shared between commands (demo runs the others).
 int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames);
-// The same with the counts of a camera family's calibration: "user",
-// "marlowe", "tessel".
-int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, const std::string& family);
 int RunInfo(const std::string& path, bool json);
 int RunVerify(const std::string& path, bool quiet);
 

@@ -10,8 +10,6 @@
 // temperature from a table of radiance per degree, -50 to 500 C, of a grey
 // body that sees 30 % of the black-body exitance: 0.3 sigma T^4 / pi.
 // Emissivity 0.95, so counts encode 0.95 times the table's radiance.
-// With --family, the counts come from a camera family's factory calibration
-// instead (SynthMarlowe.cpp, SynthTessel.cpp), several presets interleaved.
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -24,7 +22,7 @@
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/PixelsHeader.h"
 #include "tools/orvreduce/Common.h"
-#include "tools/orvreduce/SynthFamily.h"
+#include "tools/orvreduce/SynthScene.h"
 
 namespace orv::reduce::cli {
 
@@ -73,11 +71,15 @@ double Noise(unsigned x, unsigned y, unsigned f)
 
 bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
 {
-    FillSyntheticSource(objs, width, height, 16, 1, kTableLow, kTableHigh);
-    auto info = objs.GetSourceInfo(false);
+    auto info = objs.GetSourceInfo(true);
     auto params = objs.GetObjectParameters(true);
     auto rcal = objs.GetObjectOfType(CRCalReduceObject::typeID, -1, true).DynamicCast<CRCalReduceObject>();
     if (!info || !params || !rcal) return false;
+
+    if (!FillSynthSourceInfo(objs, width, height, 1, kTableLow, kTableHigh)) return false;
+    info->bandpassStart = 8;
+    info->bandpassEnd = 14;
+    info->bandpassValid = true;
 
     params->emissivity = static_cast<float>(kEmissivity);
     params->distance = 5.0f;
@@ -103,25 +105,39 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
     return true;
 }
 
-class CUserSynth : public ISynthFamily {
-public:
-    bool Fill(CReduceObjectArray& objs, unsigned width, unsigned height) override
-    {
-        return FillObjects(objs, width, height);
-    }
-    unsigned presets() const override { return 1; }
-    uint16_t Counts(double celsius, unsigned) override { return CountsOf(celsius); }
-};
-
 } // namespace
 
-void FillSyntheticSource(CReduceObjectArray& objs, unsigned width, unsigned height, unsigned adBits,
-                         unsigned presets, double low, double high)
+int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames)
+{
+    if (width < 8 || height < 8 || width > 65535 || height > 65535)
+        return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", width, height);
+    if (frames == 0) return Fail("synth: at least one frame is needed");
+
+    CReduceObjectArray objs;
+    if (!FillObjects(objs, width, height)) return Fail("synth: could not build the calibration objects");
+
+    return WriteSynthRecording(path, objs, width, height, frames,
+                               [](double celsius, unsigned, unsigned, unsigned) { return CountsOf(celsius); });
+}
+
+double SceneCelsius(unsigned x, unsigned y, unsigned f, unsigned frames, unsigned width, unsigned height)
+{
+    const double radius = std::fmin(width, height) / 8.0;
+    const double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
+    const double cy = height / 2.0;
+    const double dx = x - cx, dy = y - cy;
+    const double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
+    return t + Noise(x, y, f);
+}
+
+bool FillSynthSourceInfo(CReduceObjectArray& objs, unsigned width, unsigned height, unsigned presets, double minC,
+                         double maxC)
 {
     auto info = objs.GetSourceInfo(true);
+    if (!info || presets == 0 || presets > 4) return false;
     info->camera = "orvreduce synthetic scene";
     info->cameraModel = "Synthetic";
-    info->adBits = static_cast<int32_t>(adBits);
+    info->adBits = 16;
     info->pixelType = pixelGrayscale;
     info->dataType = dtUInt16;
     info->baseUnit = unitCounts;
@@ -129,24 +145,64 @@ void FillSyntheticSource(CReduceObjectArray& objs, unsigned width, unsigned heig
     info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
     info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
     info->numPresets = static_cast<uint8_t>(presets);
-    info->presetSequencing = presets > 1;
-    for (unsigned i = 0; i < presets && i < 8; ++i) {
-        SPresetInfo& p = info->presets[i];
-        p.available = true;
-        p.calibrated = true;
-        p.frameRate = 30.0f;
-        p.frameRateValid = true;
-        p.intTime = 0.001;
-        p.intTimeValid = true;
-        p.minTemp = low;
-        p.maxTemp = high;
+    for (unsigned p = 0; p < presets; ++p) {
+        info->presets[p].available = true;
+        info->presets[p].calibrated = true;
+        info->presets[p].frameRate = 30.0f;
+        info->presets[p].frameRateValid = true;
+        info->presets[p].intTime = 0.001 / (1u << p);
+        info->presets[p].intTimeValid = true;
+        info->presets[p].minTemp = static_cast<float>(minC);
+        info->presets[p].maxTemp = static_cast<float>(maxC);
     }
-    info->bandpassStart = 8;
-    info->bandpassEnd = 14;
-    info->bandpassValid = true;
     info->time = CDateTime::Now();
     info->timeValid = true;
     info->valid = true;
+    return true;
+}
+
+int WriteSynthRecording(const std::string& path, CReduceObjectArray& objs, unsigned width, unsigned height,
+                        unsigned frames, const std::function<uint16_t(double, unsigned, unsigned, unsigned)>& counts)
+{
+    CTempOutput out(path);
+    TSharedPtr<IFile> file = fileSystem()->Open(out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
+    if (!file) return Fail("%s: cannot create the file", out.path().c_str());
+    if (!StartQRTFile(file, objs, true)) return Fail("%s: writing the info blocks failed", path.c_str());
+
+    TArray<uint16_t> frame;
+    frame.resize(size_t(width) * height);
+    CProgress progress("synth", frames);
+    for (unsigned f = 0; f < frames; ++f) {
+        for (unsigned y = 0; y < height; ++y) {
+            for (unsigned x = 0; x < width; ++x) {
+                uint16_t c = counts(SceneCelsius(x, y, f, frames, width, height), x, y, f);
+                // Frames are little-endian on disk.
+                unsigned char* p = reinterpret_cast<unsigned char*>(&frame[size_t(y) * width + x]);
+                p[0] = static_cast<unsigned char>(c & 0xff);
+                p[1] = static_cast<unsigned char>(c >> 8);
+            }
+        }
+        if (!file->WriteBytes(frame.data(), static_cast<unsigned int>(frame.size() * 2)))
+            return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
+        progress.Step(f + 1);
+    }
+    // With preset sequencing the frames take the available presets in turn.
+    unsigned int counts4[4] = {frames, 0, 0, 0};
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    if (info && info->presetSequencing) {
+        unsigned available[8], n = 0;
+        for (unsigned p = 0; p < 8; ++p)
+            if (info->presets[p].available) available[n++] = p;
+        if (n > 0) {
+            counts4[0] = 0;
+            for (unsigned f = 0; f < frames; ++f)
+                if (available[f % n] < 4) ++counts4[available[f % n]];
+        }
+    }
+    if (!FinishQRTFile(file, counts4, true)) return Fail("%s: finishing the recording failed", path.c_str());
+    file.reset();
+    if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
+    return 0;
 }
 
 uint16_t NearestEntry(const float* table, unsigned n, double value)
@@ -163,63 +219,21 @@ uint16_t NearestEntry(const float* table, unsigned n, double value)
     return static_cast<uint16_t>(lo);
 }
 
-std::unique_ptr<ISynthFamily> MakeUserSynth() { return std::make_unique<CUserSynth>(); }
-
-int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames)
+namespace {
+// The calibration families synth can write, each in a file of its own.
+int RunSynthFamily(const std::string& family, const std::string& path, unsigned w, unsigned h, unsigned frames)
 {
-    return RunSynth(path, width, height, frames, "user");
-}
-
-int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, const std::string& name)
-{
-    std::unique_ptr<ISynthFamily> family;
-    if (name == "user") family = MakeUserSynth();
-    else if (name == "marlowe") family = MakeMarloweSynth();
-    else if (name == "tessel") family = MakeTesselSynth();
-    else return Fail("synth: unknown family '%s'", name.c_str());
-
-    if (width < 8 || height < 8 || width > 65535 || height > 65535)
-        return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", width, height);
+    if (family == "user") return RunSynth(path, w, h, frames);
+    if (w < 8 || h < 8 || w > 65535 || h > 65535)
+        return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", w, h);
     if (frames == 0) return Fail("synth: at least one frame is needed");
-
-    CReduceObjectArray objs;
-    if (!family->Fill(objs, width, height)) return Fail("synth: could not build the calibration objects");
-    const unsigned presets = family->presets();
-
-    CTempOutput out(path);
-    TSharedPtr<IFile> file = fileSystem()->Open(out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
-    if (!file) return Fail("%s: cannot create the file", out.path().c_str());
-    if (!StartQRTFile(file, objs, true)) return Fail("%s: writing the info blocks failed", path.c_str());
-
-    TArray<uint16_t> frame;
-    frame.resize(size_t(width) * height);
-    const double radius = std::fmin(width, height) / 8.0;
-    CProgress progress("synth", frames);
-    for (unsigned f = 0; f < frames; ++f) {
-        double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
-        double cy = height / 2.0;
-        for (unsigned y = 0; y < height; ++y) {
-            for (unsigned x = 0; x < width; ++x) {
-                double dx = x - cx, dy = y - cy;
-                double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
-                uint16_t c = family->Counts(t + Noise(x, y, f), f % presets);
-                // Frames are little-endian on disk.
-                unsigned char* p = reinterpret_cast<unsigned char*>(&frame[size_t(y) * width + x]);
-                p[0] = static_cast<unsigned char>(c & 0xff);
-                p[1] = static_cast<unsigned char>(c >> 8);
-            }
-        }
-        if (!file->WriteBytes(frame.data(), static_cast<unsigned int>(frame.size() * 2)))
-            return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
-        progress.Step(f + 1);
-    }
-    unsigned int counts[4] = {};
-    for (unsigned f = 0; f < frames; ++f) ++counts[(f % presets) & 3];
-    if (!FinishQRTFile(file, counts, true)) return Fail("%s: finishing the recording failed", path.c_str());
-    file.reset();
-    if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
-    return 0;
+    if (family == "ombria") return RunSynthOmbria(path, w, h, frames);
+    if (family == "corvane") return RunSynthCorvane(path, w, h, frames);
+    if (family == "marlowe") return RunSynthMarlowe(path, w, h, frames);
+    if (family == "tessel") return RunSynthTessel(path, w, h, frames);
+    return Fail("synth: unknown family '%s'; known: user, ombria, corvane, marlowe, tessel", family.c_str());
 }
+} // namespace
 
 void AddSynth(CLI::App& app)
 {
@@ -237,22 +251,24 @@ void AddSynth(CLI::App& app)
         "temperature from a radiance table. The scene, in Celsius: a background of\n"
         "20 + 15 x / (W - 1), a hot disc at 120 of radius min(W, H) / 8 moving from x = W/4\n"
         "to 3W/4 along y = H/2 over the frames, and deterministic noise of +-0.1.\n"
-        "With --family marlowe or tessel the counts come from that camera family's factory\n"
-        "calibration instead, its presets taking the frames in turn (preset sequencing), so that\n"
-        "\"Temperature (Factory)\" gives the scene back.\n"
+        "With --family, the same scene goes through a camera family's factory calibration\n"
+        "instead, to be read in \"Temperature (Factory)\". Marlowe and Tessel recordings declare\n"
+        "preset sequencing, and their frames take the presets in turn, each with its own\n"
+        "calibration.\n"
         "Example: orvreduce synth scene.qrt --size 640x512 --frames 100");
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
-    cmd->add_option("--family", args->family, "Calibration: user, marlowe, tessel")
-        ->check(CLI::IsMember({"user", "marlowe", "tessel"}))
+    cmd->add_option("--family", args->family,
+                    "Calibration: user (a user calibration), or the factory calibration of a camera family: "
+                    "ombria, corvane, marlowe, tessel")
         ->capture_default_str();
     cmd->callback([args] {
         unsigned w = 0, h = 0;
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = RunSynth(args->path, w, h, args->frames, args->family);
+        int rc = RunSynthFamily(args->family, args->path, w, h, args->frames);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;
     });

@@ -8,7 +8,8 @@
 #include "reduce/families/marlowe/MrlConv.h"
 #include "reduce/objects/MarloweFactoryCalReduceObject.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
-#include "tools/orvreduce/SynthFamily.h"
+#include "tools/orvreduce/Common.h"
+#include "tools/orvreduce/SynthScene.h"
 
 namespace orv::reduce::cli {
 
@@ -47,44 +48,38 @@ void MakeCalibration(CMarloweFactoryCalReduceObject& cal, unsigned preset)
     cal.valid = true;
 }
 
-class CMarloweSynth : public ISynthFamily {
-public:
-    bool Fill(CReduceObjectArray& objs, unsigned width, unsigned height) override
-    {
-        FillSyntheticSource(objs, width, height, 14, kPresets, kLow, kHigh);
-        auto params = objs.GetObjectParameters(true);
-        if (!params) return false;
-        params->emissivity = 0.95f;
-        params->distance = 5.0f;
-        params->relativeHumidity = 0.5f;
-        params->estAtmosphericTransmission = 0.0f;
-        params->source = true;
-        params->valid = true;
-        for (unsigned p = 0; p < kPresets; ++p) {
-            auto cal = objs.GetObjectOfType(CMarloweFactoryCalReduceObject::typeID, int(p), true)
-                           .DynamicCast<CMarloweFactoryCalReduceObject>();
-            if (!cal) return false;
-            MakeCalibration(*cal, p);
-            // What the converter will compute, as a table to invert.
-            CMrlConv conv;
-            conv.Init(*cal, *params);
-            m_tables[p].resize(CMrlConv::kMaxSignal + 1);
-            conv.SignalToTemperature(0, CMrlConv::kMaxSignal, m_tables[p].data(), nullptr, tempCelsius);
-        }
-        return true;
-    }
-    unsigned presets() const override { return kPresets; }
-    uint16_t Counts(double celsius, unsigned preset) override
-    {
-        return NearestEntry(m_tables[preset].data(), unsigned(m_tables[preset].size()), celsius);
-    }
-
-private:
-    std::vector<float> m_tables[kPresets];
-};
-
 } // namespace
 
-std::unique_ptr<ISynthFamily> MakeMarloweSynth() { return std::make_unique<CMarloweSynth>(); }
+int RunSynthMarlowe(const std::string& path, unsigned width, unsigned height, unsigned frames)
+{
+    CReduceObjectArray objs;
+    std::vector<float> tables[kPresets];
+    auto params = objs.GetObjectParameters(true);
+    if (!params || !FillSynthSourceInfo(objs, width, height, kPresets, kLow, kHigh))
+        return Fail("synth: could not build the Marlowe objects");
+    params->emissivity = 0.95f;
+    params->distance = 5.0f;
+    params->relativeHumidity = 0.5f;
+    params->estAtmosphericTransmission = 0.0f;
+    params->source = true;
+    params->valid = true;
+    for (unsigned p = 0; p < kPresets; ++p) {
+        auto cal = objs.GetObjectOfType(CMarloweFactoryCalReduceObject::typeID, int(p), true)
+                       .DynamicCast<CMarloweFactoryCalReduceObject>();
+        if (!cal) return Fail("synth: could not build the Marlowe objects");
+        MakeCalibration(*cal, p);
+        // What the converter will compute, as a table to invert.
+        CMrlConv conv;
+        conv.Init(*cal, *params);
+        tables[p].resize(CMrlConv::kMaxSignal + 1);
+        conv.SignalToTemperature(0, CMrlConv::kMaxSignal, tables[p].data(), nullptr, tempCelsius);
+    }
+    // The presets take the frames in turn; the reader learns so from here.
+    objs.GetSourceInfo(false)->presetSequencing = true;
+    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned f) {
+        const std::vector<float>& t = tables[f % kPresets];
+        return NearestEntry(t.data(), unsigned(t.size()), celsius);
+    });
+}
 
 } // namespace orv::reduce::cli

@@ -7,7 +7,8 @@
 #include "reduce/families/tessel/TesselConverter.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/objects/TesselFactoryCalReduceObject.h"
-#include "tools/orvreduce/SynthFamily.h"
+#include "tools/orvreduce/Common.h"
+#include "tools/orvreduce/SynthScene.h"
 
 namespace orv::reduce::cli {
 
@@ -33,52 +34,46 @@ void MakeCalibration(CTesselFactoryCalReduceObject& cal, unsigned preset)
     cal.valid = true;
 }
 
-class CTesselSynth : public ISynthFamily {
-public:
-    bool Fill(CReduceObjectArray& objs, unsigned width, unsigned height) override
-    {
-        FillSyntheticSource(objs, width, height, 14, kPresets, kLow, kHigh);
-        auto params = objs.GetObjectParameters(true);
-        if (!params) return false;
-        params->emissivity = 0.95f;
-        params->distance = 5.0f;
-        params->relativeHumidity = 0.5f;
-        params->estAtmosphericTransmission = 0.0f;
-        params->source = true;
-        params->valid = true;
-        for (unsigned p = 0; p < kPresets; ++p) {
-            auto cal = objs.GetObjectOfType(CTesselFactoryCalReduceObject::typeID, int(p), true)
-                           .DynamicCast<CTesselFactoryCalReduceObject>();
-            if (!cal) return false;
-            MakeCalibration(*cal, p);
-            _adjust_par_t adjust;
-            _cal_param_t calib;
-            _tdrift_par_t drift;
-            TesselRecords(*cal, adjust, calib, drift);
-            _object_par_t o;
-            o.emissivity = params->emissivity;
-            o.distance = params->distance;
-            o.relativeHumidity = params->relativeHumidity;
-            CTesMeasConv conv(&adjust, &o, &calib);
-            conv.updateLUT();
-            m_tables[p].assign(conv.lutTemp, conv.lutTemp + CTesMeasConv::kLUTSize);
-            m_tables[p][0] = -273.15f; // image value 0 means no image; never written
-        }
-        return true;
-    }
-    unsigned presets() const override { return kPresets; }
-    uint16_t Counts(double celsius, unsigned preset) override
-    {
-        const uint16_t c = NearestEntry(m_tables[preset].data(), unsigned(m_tables[preset].size()), celsius);
-        return c == 0 ? 1 : c;
-    }
-
-private:
-    std::vector<float> m_tables[kPresets];
-};
-
 } // namespace
 
-std::unique_ptr<ISynthFamily> MakeTesselSynth() { return std::make_unique<CTesselSynth>(); }
+int RunSynthTessel(const std::string& path, unsigned width, unsigned height, unsigned frames)
+{
+    CReduceObjectArray objs;
+    std::vector<float> tables[kPresets];
+    auto params = objs.GetObjectParameters(true);
+    if (!params || !FillSynthSourceInfo(objs, width, height, kPresets, kLow, kHigh))
+        return Fail("synth: could not build the Tessel objects");
+    params->emissivity = 0.95f;
+    params->distance = 5.0f;
+    params->relativeHumidity = 0.5f;
+    params->estAtmosphericTransmission = 0.0f;
+    params->source = true;
+    params->valid = true;
+    for (unsigned p = 0; p < kPresets; ++p) {
+        auto cal = objs.GetObjectOfType(CTesselFactoryCalReduceObject::typeID, int(p), true)
+                       .DynamicCast<CTesselFactoryCalReduceObject>();
+        if (!cal) return Fail("synth: could not build the Tessel objects");
+        MakeCalibration(*cal, p);
+        _adjust_par_t adjust;
+        _cal_param_t calib;
+        _tdrift_par_t drift;
+        TesselRecords(*cal, adjust, calib, drift);
+        _object_par_t o;
+        o.emissivity = params->emissivity;
+        o.distance = params->distance;
+        o.relativeHumidity = params->relativeHumidity;
+        CTesMeasConv conv(&adjust, &o, &calib);
+        conv.updateLUT();
+        tables[p].assign(conv.lutTemp, conv.lutTemp + CTesMeasConv::kLUTSize);
+        tables[p][0] = -273.15f; // image value 0 means no image; never written
+    }
+    // The presets take the frames in turn; the reader learns so from here.
+    objs.GetSourceInfo(false)->presetSequencing = true;
+    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned f) {
+        const std::vector<float>& t = tables[f % kPresets];
+        const uint16_t c = NearestEntry(t.data(), unsigned(t.size()), celsius);
+        return c == 0 ? uint16_t(1) : c;
+    });
+}
 
 } // namespace orv::reduce::cli
