@@ -1,20 +1,20 @@
-// The array and range forms of CMrlConv: one parallel body per polyOrder
+#pragma once
+// The parallel bodies of CMrlConv's array and range forms: one per polyOrder
 // case, with and without a status array, so that the choice is made once per
-// call and not per pixel.
+// call and not per pixel. Radiance and temperature forms instantiate them in
+// files of their own (MrlConvRadiance.cpp, MrlConvTemperature.cpp).
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
 
 #include "reduce/families/marlowe/MrlConv.h"
 
-namespace orv::reduce {
-
-namespace {
+namespace orv::reduce::priv {
 
 // The eight polyOrder cases: 1, -1, -2, 2, 3, 4, 0, and any other.
 enum EOrderCase { kOrder1, kOrderM1, kOrderM2, kOrder2, kOrder3, kOrder4, kOrder0, kOrderOther };
 
-EOrderCase CaseOf(int order)
+inline EOrderCase CaseOf(int order)
 {
     switch (order) {
     case 1: return kOrder1;
@@ -99,33 +99,9 @@ void Dispatch(const CMrlConv& m, Signals signals, float* dst, unsigned char* sta
 #undef ORV_MRL_CASE
 }
 
-unsigned int RangeCount(unsigned short first, unsigned short last)
+inline unsigned int RangeCount(unsigned short first, unsigned short last)
 {
     return last < first ? 0u : unsigned(last) - first + 1u;
 }
 
-} // namespace
-
-void CMrlConv::SignalToRadiance(const unsigned short* src, float* dst, unsigned char* status, unsigned int n) const
-{
-    Dispatch<false>(*this, SArraySignals{src}, dst, status, n, tempKelvin);
-}
-
-void CMrlConv::SignalToRadiance(unsigned short first, unsigned short last, float* dst, unsigned char* status) const
-{
-    Dispatch<false>(*this, SRangeSignals{first}, dst, status, RangeCount(first, last), tempKelvin);
-}
-
-void CMrlConv::SignalToTemperature(const unsigned short* src, float* dst, unsigned char* status, unsigned int n,
-                                   ETempType type) const
-{
-    Dispatch<true>(*this, SArraySignals{src}, dst, status, n, type);
-}
-
-void CMrlConv::SignalToTemperature(unsigned short first, unsigned short last, float* dst, unsigned char* status,
-                                   ETempType type) const
-{
-    Dispatch<true>(*this, SRangeSignals{first}, dst, status, RangeCount(first, last), type);
-}
-
-} // namespace orv::reduce
+} // namespace orv::reduce::priv
