@@ -1,7 +1,9 @@
 #include "orv/Math.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -116,93 +118,127 @@ bool CMath::ConvertTemperature(T* data, unsigned int n, ETempType from, ETempTyp
 ORV_FOR_EACH_NUMERIC_TYPE(ORV_INSTANTIATE)
 #undef ORV_INSTANTIATE
 
+namespace {
+
+// Number of distinct values, counted up to `enough`: a Vandermonde matrix
+// has full column rank exactly when x holds as many distinct values as it
+// has columns.
+size_t DistinctUpTo(const TArray<double>& x, size_t enough)
+{
+    std::vector<double> seen;
+    for (size_t i = 0; i < x.size() && seen.size() < enough; ++i)
+        if (std::find(seen.begin(), seen.end(), x.get(i)) == seen.end()) seen.push_back(x.get(i));
+    return seen.size();
+}
+
+// One-sided Jacobi SVD of the n x m column-major matrix a (m small): a's
+// columns become U * diag(sigma), v the m x m right singular vectors. More
+// accurate than bidiagonalisation for the small singular values that decide
+// a truncation.
+void JacobiSVD(std::vector<double>& a, size_t n, size_t m, std::vector<double>& v)
+{
+    v.assign(m * m, 0.0);
+    for (size_t j = 0; j < m; ++j) v[j * m + j] = 1.0;
+    const double eps = std::numeric_limits<double>::epsilon();
+    for (int sweep = 0; sweep < 60; ++sweep) {
+        bool rotated = false;
+        for (size_t p = 0; p + 1 < m; ++p) {
+            for (size_t q = p + 1; q < m; ++q) {
+                double* up = &a[p * n];
+                double* uq = &a[q * n];
+                double alpha = 0.0, beta = 0.0, gamma = 0.0;
+                for (size_t i = 0; i < n; ++i) {
+                    alpha += up[i] * up[i];
+                    beta += uq[i] * uq[i];
+                    gamma += up[i] * uq[i];
+                }
+                if (!(std::fabs(gamma) > eps * std::sqrt(alpha * beta))) continue;
+                rotated = true;
+                const double zeta = (beta - alpha) / (2.0 * gamma);
+                const double t = std::copysign(1.0, zeta) / (std::fabs(zeta) + std::sqrt(1.0 + zeta * zeta));
+                const double c = 1.0 / std::sqrt(1.0 + t * t);
+                const double s = c * t;
+                for (size_t i = 0; i < n; ++i) {
+                    const double x = up[i], y = uq[i];
+                    up[i] = c * x - s * y;
+                    uq[i] = s * x + c * y;
+                }
+                double* vp = &v[p * m];
+                double* vq = &v[q * m];
+                for (size_t i = 0; i < m; ++i) {
+                    const double x = vp[i], y = vq[i];
+                    vp[i] = c * x - s * y;
+                    vq[i] = s * x + c * y;
+                }
+            }
+        }
+        if (!rotated) break;
+    }
+}
+
+} // namespace
+
 bool LinearLeastSquareFit(TArray<double>& x, TArray<double>& y, int degree, TArray<double>& coefficients)
 {
     if (degree < 0 || x.size() != y.size()) return false;
     const size_t n = x.size();
     const size_t m = size_t(degree) + 1;
     if (n < m) return false;
+    for (size_t i = 0; i < n; ++i)
+        if (!std::isfinite(x.get(i)) || !std::isfinite(y.get(i))) return false;
+    if (DistinctUpTo(x, m) < m) return false;
 
-    double lo = x.get(0), hi = x.get(0);
-    for (size_t i = 1; i < n; ++i) {
-        lo = std::fmin(lo, x.get(i));
-        hi = std::fmax(hi, x.get(i));
-    }
-    if (!std::isfinite(lo) || !std::isfinite(hi)) return false;
-    const double centre = 0.5 * (lo + hi);
-    // All x equal: only a constant can be fitted; the rank test below
-    // rejects anything more.
-    const double half = hi > lo ? 0.5 * (hi - lo) : 1.0;
-
-    // Column-major design matrix in t = (x - centre) / half, in [-1, 1].
+    // The caller wants powers of x. Fitting in a centred variable and
+    // mapping back is exact in theory but not in double: at degree 7 over
+    // 10000..10100 the mapped terms cancel at 1e16 and no rounding of them
+    // keeps the residual. So the fit is made on the powers themselves, each
+    // column scaled to unit length, and the directions that double cannot
+    // resolve (singular values below n * eps of the largest) are left out:
+    // the coefficients stay small enough for their sum to be evaluated, and
+    // the residual stays next to that of the exact fit.
     std::vector<double> a(n * m);
-    std::vector<double> b(n);
-    for (size_t i = 0; i < n; ++i) {
-        const double t = (x.get(i) - centre) / half;
-        double p = 1.0;
-        for (size_t j = 0; j < m; ++j) {
-            a[j * n + i] = p;
-            p *= t;
-        }
-        b[i] = y.get(i);
-    }
-
-    // Householder QR; R's diagonal kept apart, R above it stays in a.
-    std::vector<double> diag(m);
-    for (size_t k = 0; k < m; ++k) {
-        double* col = &a[k * n];
+    std::vector<double> scale(m);
+    for (size_t j = 0; j < m; ++j) {
+        double* col = &a[j * n];
         double norm = 0.0;
-        for (size_t i = k; i < n; ++i) norm = std::hypot(norm, col[i]);
-        const double alpha = col[k] > 0.0 ? -norm : norm;
-        diag[k] = alpha;
-        col[k] -= alpha; // col[k..n) is now the reflector v
-        double vv = 0.0;
-        for (size_t i = k; i < n; ++i) vv += col[i] * col[i];
-        if (vv == 0.0) continue; // zero column: caught by the rank test
-        for (size_t j = k + 1; j < m; ++j) {
-            double* cj = &a[j * n];
-            double s = 0.0;
-            for (size_t i = k; i < n; ++i) s += col[i] * cj[i];
-            s = 2.0 * s / vv;
-            for (size_t i = k; i < n; ++i) cj[i] -= s * col[i];
+        for (size_t i = 0; i < n; ++i) {
+            col[i] = std::pow(x.get(i), double(j));
+            norm = std::hypot(norm, col[i]);
         }
-        double s = 0.0;
-        for (size_t i = k; i < n; ++i) s += col[i] * b[i];
-        s = 2.0 * s / vv;
-        for (size_t i = k; i < n; ++i) b[i] -= s * col[i];
+        if (!(norm > 0.0) || !std::isfinite(norm)) return false;
+        for (size_t i = 0; i < n; ++i) col[i] /= norm;
+        scale[j] = norm;
     }
+    std::vector<double> v;
+    JacobiSVD(a, n, m, v);
 
+    std::vector<double> sigma(m);
     double largest = 0.0;
-    for (size_t k = 0; k < m; ++k) largest = std::fmax(largest, std::fabs(diag[k]));
+    for (size_t j = 0; j < m; ++j) {
+        double s2 = 0.0;
+        for (size_t i = 0; i < n; ++i) s2 += a[j * n + i] * a[j * n + i];
+        sigma[j] = std::sqrt(s2);
+        largest = std::fmax(largest, sigma[j]);
+    }
     if (!(largest > 0.0)) return false;
-    for (size_t k = 0; k < m; ++k)
-        if (!(std::fabs(diag[k]) > largest * 1e-12)) return false;
-
-    // Back substitution: coefficients in t.
-    std::vector<double> c(m);
-    for (size_t k = m; k-- > 0;) {
-        double s = b[k];
-        for (size_t j = k + 1; j < m; ++j) s -= a[j * n + k] * c[j];
-        c[k] = s / diag[k];
+    const double cut = largest * double(n) * std::numeric_limits<double>::epsilon();
+    std::vector<double> z(m, 0.0);
+    for (size_t j = 0; j < m; ++j) {
+        if (!(sigma[j] > cut)) continue;
+        double uy = 0.0;
+        for (size_t i = 0; i < n; ++i) uy += a[j * n + i] * y.get(i);
+        const double w = uy / (sigma[j] * sigma[j]);
+        for (size_t k = 0; k < m; ++k) z[k] += w * v[j * m + k];
     }
 
-    // Back to powers of x: Horner's scheme on polynomials, with
-    // t = scale * x + shift.
-    const double scale = 1.0 / half;
-    const double shift = -centre / half;
-    std::vector<double> p(m, 0.0);
-    p[0] = c[m - 1];
-    for (size_t k = m - 1; k-- > 0;) {
-        // p = p * (scale * x + shift) + c[k]; p has degree m - 2 - k here.
-        for (size_t j = m - 1 - k; j > 0; --j) p[j] = p[j] * shift + p[j - 1] * scale;
-        p[0] = p[0] * shift + c[k];
+    std::vector<double> result(m);
+    for (size_t j = 0; j < m; ++j) {
+        result[j] = z[j] / scale[j];
+        if (!std::isfinite(result[j])) return false;
     }
-    for (double v : p)
-        if (!std::isfinite(v)) return false;
-
     coefficients.clear();
     coefficients.reserve(m);
-    for (double v : p) coefficients.add(v);
+    for (double c : result) coefficients.add(c);
     return true;
 }
 

@@ -30,11 +30,13 @@ public:
 
 // Least-squares polynomial of the given degree through the points (x[i],
 // y[i]); coefficients receives degree + 1 values, the constant term first.
-// x is mapped onto [-1, 1] and the system solved by Householder QR, so high
-// degrees and large, offset x values stay accurate. False, leaving
-// coefficients unchanged, for a negative degree, sizes that differ, fewer
-// points than coefficients, a rank-deficient system (e.g. too few distinct
-// x values) or a result that is not finite.
+// The fit is made on the powers of x with each column scaled to unit length,
+// by a singular value decomposition that leaves out the directions double
+// precision cannot resolve, so that large, offset or tiny x values give
+// coefficients whose polynomial keeps the residual of the best fit. False,
+// leaving coefficients unchanged, for a negative degree, sizes that differ,
+// fewer points than coefficients, fewer distinct x values than
+// coefficients, a value that is not finite, or a result that is not.
 bool LinearLeastSquareFit(TArray<double>& x, TArray<double>& y, int degree, TArray<double>& coefficients);
 
 } // namespace orv

@@ -16,6 +16,8 @@
 #include "orv/XMLFile.h"
 #include "reduce/objects/CorrectionCfgReduceObject.h"
 #include "reduce/objects/CorrectionReduceObject.h"
+#include "reduce/objects/MarloweFactoryCalReduceObject.h"
+#include "reduce/objects/TesselFactoryCalReduceObject.h"
 #include "reduce/objects/RCalReduceObject.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 #include "reduce/store/InfoFile.h"
@@ -307,6 +309,65 @@ void Texts()
     Write("fuzz_text", "format", format);
 }
 
+// Factory calibrations with the values of real cameras, so that the fuzzer
+// starts from payloads the converters take, not from zeros. Recordings of
+// these families for fuzz_convert come from `orvreduce synth --family`.
+void FamilyCalibrations()
+{
+    TArray<CString> names;
+    reduceObjectFactory().GetNames(names);
+    auto entry = [&](const IReduceObject& object) {
+        Bytes bytes;
+        bytes.push_back(static_cast<uint8_t>(names.find(CString(object.GetName()))));
+        Append<uint32_t>(bytes, object.version);
+        bytes.push_back(0);
+        return bytes;
+    };
+    CMarloweFactoryCalReduceObject marlowe;
+    marlowe.polyOrder = 5;
+    const double coeffs[7] = {1.4e-5, 8.6e-8, 1e-13, 0.0, 0.0, 1e-25, 0.0};
+    std::memcpy(marlowe.coeffs, coeffs, sizeof coeffs);
+    marlowe.rbfR = 0.032;
+    marlowe.rbfB = 1400.0;
+    marlowe.rbfF = 1.0;
+    marlowe.atmX = 0.8;
+    marlowe.atmA1 = 0.006569;
+    marlowe.atmA2 = 0.01262;
+    marlowe.atmB1 = 0.0005;
+    marlowe.atmB2 = 0.001;
+    marlowe.minTemperature = -20.0f;
+    marlowe.maxTemperature = 150.0f;
+    marlowe.minCounts = 1000;
+    marlowe.maxCounts = 15000;
+    marlowe.CreateLUT(3);
+    CMemFile m;
+    m.Create();
+    marlowe.Save(TSharedPtr<IFile>(&m, noDestroy), 0);
+    Bytes mb = entry(marlowe);
+    const Bytes mp = Take(m);
+    mb.insert(mb.end(), mp.begin(), mp.end());
+    Write("fuzz_reduce_object", "MarloweFactoryCal-camera", mb);
+
+    CTesselFactoryCalReduceObject tessel;
+    namespace rec = tesselRecord;
+    const std::pair<SRecordField, float> fields[] = {
+        {rec::R, 500000.0f}, {rec::B, 1430.0f}, {rec::F, 1.0f}, {rec::alpha1, 0.006569f},
+        {rec::alpha2, 0.01262f}, {rec::beta1, 0.0005f}, {rec::beta2, 0.001f}, {rec::X, 0.8f},
+        {rec::clampHighTemp, 443.15f}, {rec::validHighTemp, 423.15f}, {rec::validLowTemp, 253.15f},
+        {rec::clampLowTemp, 233.15f}, {rec::rangeHighTemp, 443.15f}, {rec::rangeLowTemp, 233.15f},
+        {rec::driftK0, 1.0f}, {rec::driftK1, 0.05f}, {rec::driftT0, 303.15f}, {rec::driftK2, 0.02f},
+        {rec::driftA9, 451.0f}, {rec::driftB9, 0.1f}, {rec::gain, 1.1f}, {rec::offset, 200.0f}};
+    for (const auto& [field, value] : fields) tessel.SetFloat(field, value);
+    PutRecordValue<uint16_t>(tessel.record, rec::adjustMode, 2);
+    CMemFile t;
+    t.Create();
+    tessel.Save(TSharedPtr<IFile>(&t, noDestroy), 0);
+    Bytes tb = entry(tessel);
+    const Bytes tp = Take(t);
+    tb.insert(tb.end(), tp.begin(), tp.end());
+    Write("fuzz_reduce_object", "TesselFactoryCal-camera", tb);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -325,5 +386,6 @@ int main(int argc, char** argv)
     Jpegs();
     Deinterlace();
     Texts();
+    FamilyCalibrations();
     return 0;
 }

@@ -5,16 +5,20 @@
 #include "reduce/convert/RGBConverter.h"
 #include "reduce/convert/TemperatureConverter.h"
 #include "reduce/convert/UserConverter.h"
+#include "reduce/families/corvane/CorvaneConverter.h"
+#include "reduce/families/marlowe/MarloweConverter.h"
+#include "reduce/families/ombria/OmbriaConverter.h"
+#include "reduce/families/tessel/TesselConverter.h"
 
 namespace orv::reduce {
 
 // The camera family converters take the places marked below.
 const SBuiltinConverter builtinConverters[] = {
-    // Corvane
-    // Tessel
-    // Marlowe
+    {CCorvaneConverter::kName, &CCorvaneConverter::Register},
+    {CTesselConverter::kName, &CTesselConverter::Register},
+    {CMarloweConverter::kName, &CMarloweConverter::Register},
     {CRGBConverter::kName, &CRGBConverter::Register},
-    // Ombria
+    {COmbriaConverter::kName, &COmbriaConverter::Register},
     {CTemperatureConverter::kName, &CTemperatureConverter::Register},
     {CUserConverter::kName, &CUserConverter::Register},
 };

@@ -84,8 +84,8 @@ public:
     float minRadiance = 0, maxRadiance = 0;
     uint16_t minCounts = 0, maxCounts = 0;
 
-private:
-    // Copies every field but the tables.
+    // Copies every field but the tables and the common state; the measurement
+    // code keeps such a copy, which owns nothing.
     void CopyFieldsTo(CMarloweFactoryCalReduceObject& target) const;
 };
 

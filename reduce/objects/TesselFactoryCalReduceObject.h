@@ -49,12 +49,20 @@ inline constexpr SRecordField filterName{144, 16};
 inline constexpr SRecordField calibrationDate{160, 10};
 inline constexpr uint32_t kShortTexts = 4;
 inline constexpr SRecordField shortTexts{170, 10 * kShortTexts};
-inline constexpr SRecordField reserved{210, 302};
+// Drift offset model (float, image values), records above 0x10000 only:
+// a9 - b9 L(sensor 9) + a10 - b10 L(sensor 10) + c11 (sensor 11 - t0).
+inline constexpr SRecordField driftA9{210, 4};
+inline constexpr SRecordField driftB9{214, 4};
+inline constexpr SRecordField driftA10{218, 4};
+inline constexpr SRecordField driftB10{222, 4};
+inline constexpr SRecordField driftC11{226, 4};
+inline constexpr SRecordField reserved{230, 282};
 inline constexpr SRecordField fields[] = {recordSize, version, R, B, F, alpha1, alpha2, beta1, beta2, X,
                                           clampHighTemp, validHighTemp, validLowTemp, clampLowTemp,
                                           rangeHighTemp, rangeLowTemp, driftK0, driftK1, driftT0, driftK2,
                                           gain, offset, calibrationNumber, adjustMode, signedWord, cameraName,
-                                          lensName, filterName, calibrationDate, shortTexts, reserved};
+                                          lensName, filterName, calibrationDate, shortTexts, driftA9, driftB9, driftA10,
+                                          driftB10, driftC11, reserved};
 static_assert(RecordFieldsTile(fields, kSize), "Tessel fields tile 0 to 512");
 // The float fields, in the order of the old field-by-field stream.
 inline constexpr SRecordField floatRun[] = {R, B, F, alpha1, alpha2, beta1, beta2, X, clampHighTemp,

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -265,29 +266,17 @@ TEST(LinearLeastSquareFit, RecoversPolynomials)
     EXPECT_NEAR(c[0], 3.0, 1e-12);
     EXPECT_NEAR(c[1], 2.0, 1e-12);
 
-    // Degree 6 with x from 9000 to 11000: the powers of x are nearly
-    // collinear there, so normal equations would lose every digit.
-    const double a[7] = {3.0, -2.0, 1.5, 0.5, -0.25, 0.125, 0.1};
-    long double want[7];
-    for (int k = 0; k < 7; ++k) want[k] = a[k] / std::pow(10000.0L, k);
-    TArray<double> px, py;
-    for (int i = 0; i <= 60; ++i) {
-        const double t = 9000.0 + i * (2000.0 / 60.0);
-        const long double u = t / 10000.0L;
-        long double v = 0.0L;
-        for (int k = 6; k >= 0; --k) v = v * u + a[k];
-        px.add(t);
-        py.add(double(v));
+    // A cubic over offset x comes back exactly enough to extrapolate.
+    TArray<double> cx, cy, cc;
+    for (int i = 0; i <= 20; ++i) {
+        const double t = 9000.0 + 100.0 * i;
+        cx.add(t);
+        cy.add(2.0 - 3e-3 * t + 4e-7 * t * t - 1e-11 * t * t * t);
     }
-    TArray<double> coefficients;
-    ASSERT_TRUE(LinearLeastSquareFit(px, py, 6, coefficients));
-    ASSERT_EQ(coefficients.size(), 7u);
-    for (int k = 0; k < 7; ++k) EXPECT_NEAR(coefficients[k] / double(want[k]), 1.0, 1e-6) << "coefficient " << k;
-    for (size_t i = 0; i < px.size(); ++i) {
-        long double p = 0.0L;
-        for (size_t j = coefficients.size(); j-- > 0;) p = p * px[i] + coefficients[j];
-        EXPECT_NEAR(double(p), py[i], 1e-9) << px[i];
-    }
+    ASSERT_TRUE(LinearLeastSquareFit(cx, cy, 3, cc));
+    ASSERT_EQ(cc.size(), 4u);
+    EXPECT_NEAR(cc[0], 2.0, 1e-6);
+    EXPECT_NEAR(cc[3] / -1e-11, 1.0, 1e-6);
 
     // A constant through identical x values works; a line through them is
     // singular.
@@ -305,4 +294,89 @@ TEST(LinearLeastSquareFit, RecoversPolynomials)
     EXPECT_FALSE(LinearLeastSquareFit(withNaN, y, 1, untouched));
     ASSERT_EQ(untouched.size(), 1u);
     EXPECT_EQ(untouched[0], 42.0);
+}
+
+namespace {
+
+// Residual of the best polynomial of a degree, made another way: normal
+// equations in long double on x centred and scaled to [-1, 1], evaluated in
+// that variable, so that no power coefficient of x ever exists.
+long double BestResidual(const TArray<double>& x, const TArray<double>& y, int degree)
+{
+    const int m = degree + 1;
+    long double lo = x[0], hi = x[0];
+    for (double v : x) {
+        lo = std::min<long double>(lo, v);
+        hi = std::max<long double>(hi, v);
+    }
+    const long double mid = (lo + hi) / 2, half = (hi - lo) / 2;
+    long double a[9][10] = {};
+    for (size_t i = 0; i < x.size(); ++i) {
+        long double p[9] = {1.0L};
+        for (int j = 1; j < m; ++j) p[j] = p[j - 1] * ((x[i] - mid) / half);
+        for (int r = 0; r < m; ++r) {
+            for (int c = 0; c < m; ++c) a[r][c] += p[r] * p[c];
+            a[r][m] += p[r] * y[i];
+        }
+    }
+    for (int k = 0; k < m; ++k)
+        for (int r = k + 1; r < m; ++r) {
+            const long double f = a[r][k] / a[k][k];
+            for (int c = k; c <= m; ++c) a[r][c] -= f * a[k][c];
+        }
+    long double s[9];
+    for (int k = m - 1; k >= 0; --k) {
+        long double v = a[k][m];
+        for (int j = k + 1; j < m; ++j) v -= a[k][j] * s[j];
+        s[k] = v / a[k][k];
+    }
+    long double sum = 0;
+    for (size_t i = 0; i < x.size(); ++i) {
+        long double p = 0;
+        for (int j = m - 1; j >= 0; --j) p = p * ((x[i] - mid) / half) + s[j];
+        sum += (p - y[i]) * (p - y[i]);
+    }
+    return std::sqrt(sum);
+}
+
+} // namespace
+
+TEST(LinearLeastSquareFit, ResidualOfTheBestFitOverOffsetAndTinyRanges)
+{
+    // Noise of 0.005 from a fixed generator; curves as calibrations see them:
+    // counts against radiances of 1e-5 to 1e-3, and a gentle curve far from 0.
+    struct SRange {
+        double lo, hi;
+        double (*curve)(double);
+    };
+    const SRange ranges[] = {
+        {10000.0, 10100.0, [](double x) { return 3.0 + 0.01 * (x - 10050.0) + 8e-5 * (x - 10050.0) * (x - 10050.0); }},
+        {1e-5, 1e-3, [](double x) { return 16000.0 * std::pow(x / 1e-3, 0.8); }},
+        {-2e-4, 5e-4, [](double x) { return std::exp(4000.0 * x); }},
+    };
+    for (const SRange& range : ranges) {
+        uint32_t state = 12345;
+        TArray<double> x, y;
+        for (int i = 0; i < 60; ++i) {
+            state = state * 1664525u + 1013904223u;
+            const double noise = 0.005 * (double(state >> 8) / double(1u << 24) * 2.0 - 1.0);
+            const double xi = range.lo + (range.hi - range.lo) * i / 59.0;
+            x.add(xi);
+            y.add(range.curve(xi) + noise);
+        }
+        for (int degree = 1; degree <= 8; ++degree) {
+            TArray<double> c;
+            ASSERT_TRUE(LinearLeastSquareFit(x, y, degree, c)) << range.lo << " degree " << degree;
+            ASSERT_EQ(c.size(), size_t(degree) + 1);
+            // The coefficients as a caller uses them: Horner in double.
+            double sum = 0.0;
+            for (size_t i = 0; i < x.size(); ++i) {
+                double p = 0.0;
+                for (size_t j = c.size(); j-- > 0;) p = p * x[i] + c[j];
+                sum += (p - y[i]) * (p - y[i]);
+            }
+            const double best = double(BestResidual(x, y, degree));
+            EXPECT_LE(std::sqrt(sum), 1.2 * best + 1e-9) << range.lo << " degree " << degree;
+        }
+    }
 }

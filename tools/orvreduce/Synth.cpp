@@ -23,6 +23,7 @@
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/PixelsHeader.h"
 #include "tools/orvreduce/Common.h"
+#include "tools/orvreduce/SynthScene.h"
 
 namespace orv::reduce::cli {
 
@@ -76,30 +77,10 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
     auto rcal = objs.GetObjectOfType(CRCalReduceObject::typeID, -1, true).DynamicCast<CRCalReduceObject>();
     if (!info || !params || !rcal) return false;
 
-    info->camera = "orvreduce synthetic scene";
-    info->cameraModel = "Synthetic";
-    info->adBits = 16;
-    info->pixelType = pixelGrayscale;
-    info->dataType = dtUInt16;
-    info->baseUnit = unitCounts;
-    info->baseTempType = tempCelsius;
-    info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
-    info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
-    info->numPresets = 1;
-    info->presets[0].available = true;
-    info->presets[0].calibrated = true;
-    info->presets[0].frameRate = 30.0f;
-    info->presets[0].frameRateValid = true;
-    info->presets[0].intTime = 0.001;
-    info->presets[0].intTimeValid = true;
-    info->presets[0].minTemp = kTableLow;
-    info->presets[0].maxTemp = kTableHigh;
+    if (!FillSynthSourceInfo(objs, width, height, 1, kTableLow, kTableHigh)) return false;
     info->bandpassStart = 8;
     info->bandpassEnd = 14;
     info->bandpassValid = true;
-    info->time = CDateTime::Now();
-    info->timeValid = true;
-    info->valid = true;
 
     params->emissivity = static_cast<float>(kEmissivity);
     params->distance = 5.0f;
@@ -140,6 +121,54 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
     CReduceObjectArray objs;
     if (!FillObjects(objs, width, height)) return Fail("synth: could not build the calibration objects");
 
+    return WriteSynthRecording(path, objs, width, height, frames,
+                               [](double celsius, unsigned, unsigned, unsigned) { return CountsOf(celsius); });
+}
+
+double SceneCelsius(unsigned x, unsigned y, unsigned f, unsigned frames, unsigned width, unsigned height)
+{
+    const double radius = std::fmin(width, height) / 8.0;
+    const double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
+    const double cy = height / 2.0;
+    const double dx = x - cx, dy = y - cy;
+    const double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
+    return t + Noise(x, y, f);
+}
+
+bool FillSynthSourceInfo(CReduceObjectArray& objs, unsigned width, unsigned height, unsigned presets, double minC,
+                         double maxC)
+{
+    auto info = objs.GetSourceInfo(true);
+    if (!info || presets == 0 || presets > 4) return false;
+    info->camera = "orvreduce synthetic scene";
+    info->cameraModel = "Synthetic";
+    info->adBits = 16;
+    info->pixelType = pixelGrayscale;
+    info->dataType = dtUInt16;
+    info->baseUnit = unitCounts;
+    info->baseTempType = tempCelsius;
+    info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
+    info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
+    info->numPresets = static_cast<uint8_t>(presets);
+    for (unsigned p = 0; p < presets; ++p) {
+        info->presets[p].available = true;
+        info->presets[p].calibrated = true;
+        info->presets[p].frameRate = 30.0f;
+        info->presets[p].frameRateValid = true;
+        info->presets[p].intTime = 0.001 / (1u << p);
+        info->presets[p].intTimeValid = true;
+        info->presets[p].minTemp = static_cast<float>(minC);
+        info->presets[p].maxTemp = static_cast<float>(maxC);
+    }
+    info->time = CDateTime::Now();
+    info->timeValid = true;
+    info->valid = true;
+    return true;
+}
+
+int WriteSynthRecording(const std::string& path, CReduceObjectArray& objs, unsigned width, unsigned height,
+                        unsigned frames, const std::function<uint16_t(double, unsigned, unsigned, unsigned)>& counts)
+{
     CTempOutput out(path);
     TSharedPtr<IFile> file = fileSystem()->Open(out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
     if (!file) return Fail("%s: cannot create the file", out.path().c_str());
@@ -147,16 +176,11 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
 
     TArray<uint16_t> frame;
     frame.resize(size_t(width) * height);
-    const double radius = std::fmin(width, height) / 8.0;
     CProgress progress("synth", frames);
     for (unsigned f = 0; f < frames; ++f) {
-        double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
-        double cy = height / 2.0;
         for (unsigned y = 0; y < height; ++y) {
             for (unsigned x = 0; x < width; ++x) {
-                double dx = x - cx, dy = y - cy;
-                double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
-                uint16_t c = CountsOf(t + Noise(x, y, f));
+                uint16_t c = counts(SceneCelsius(x, y, f, frames, width, height), x, y, f);
                 // Frames are little-endian on disk.
                 unsigned char* p = reinterpret_cast<unsigned char*>(&frame[size_t(y) * width + x]);
                 p[0] = static_cast<unsigned char>(c & 0xff);
@@ -167,12 +191,58 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
             return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
         progress.Step(f + 1);
     }
-    unsigned int counts[4] = {frames, 0, 0, 0};
-    if (!FinishQRTFile(file, counts, true)) return Fail("%s: finishing the recording failed", path.c_str());
+    // With preset sequencing the frames take the available presets in turn.
+    unsigned int counts4[4] = {frames, 0, 0, 0};
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    if (info && info->presetSequencing) {
+        unsigned available[8], n = 0;
+        for (unsigned p = 0; p < 8; ++p)
+            if (info->presets[p].available) available[n++] = p;
+        if (n > 0) {
+            counts4[0] = 0;
+            for (unsigned f = 0; f < frames; ++f)
+                if (available[f % n] < 4) ++counts4[available[f % n]];
+        }
+    }
+    if (!FinishQRTFile(file, counts4, true)) return Fail("%s: finishing the recording failed", path.c_str());
     file.reset();
     if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
     return 0;
 }
+
+uint16_t NearestEntry(const float* table, unsigned n, double value)
+{
+    unsigned lo = 0, hi = n - 1;
+    while (lo < hi) {
+        const unsigned mid = (lo + hi) / 2;
+        if (table[mid] < value)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    if (lo > 0 && std::fabs(table[lo - 1] - value) <= std::fabs(table[lo] - value)) --lo;
+    return static_cast<uint16_t>(lo);
+}
+
+namespace {
+// The calibration families synth can write, each in a file of its own.
+int RunSynthFamily(const std::string& family, const std::string& path, unsigned w, unsigned h, unsigned frames,
+                   bool force)
+{
+    if (family == "user") return RunSynth(path, w, h, frames, force);
+    struct stat st;
+    if (!force && ::stat(path.c_str(), &st) == 0)
+        return Fail("%s: the file exists; add --force to replace it", path.c_str());
+    if (w < 8 || h < 8 || w > 65535 || h > 65535)
+        return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", w, h);
+    if (frames == 0) return Fail("synth: at least one frame is needed");
+    if (family == "ombria") return RunSynthOmbria(path, w, h, frames);
+    if (family == "corvane") return RunSynthCorvane(path, w, h, frames);
+    if (family == "marlowe") return RunSynthMarlowe(path, w, h, frames);
+    if (family == "tessel") return RunSynthTessel(path, w, h, frames);
+    return Fail("synth: unknown family '%s'; known: user, ombria, corvane, marlowe, tessel", family.c_str());
+}
+} // namespace
 
 void AddSynth(CLI::App& app)
 {
@@ -181,6 +251,7 @@ void AddSynth(CLI::App& app)
         std::string size = "320x256";
         unsigned frames = 10;
         bool force = false;
+        std::string family = "user";
     };
     auto args = std::make_shared<SArgs>();
     CLI::App* cmd = app.add_subcommand("synth", "Write a synthetic recording of a known temperature scene");
@@ -190,17 +261,25 @@ void AddSynth(CLI::App& app)
         "temperature from a radiance table. The scene, in Celsius: a background of\n"
         "20 + 15 x / (W - 1), a hot disc at 120 of radius min(W, H) / 8 moving from x = W/4\n"
         "to 3W/4 along y = H/2 over the frames, and deterministic noise of +-0.1.\n"
+        "With --family, the same scene goes through a camera family's factory calibration\n"
+        "instead, to be read in \"Temperature (Factory)\". Marlowe and Tessel recordings declare\n"
+        "preset sequencing, and their frames take the presets in turn, each with its own\n"
+        "calibration.\n"
         "Example: orvreduce synth scene.qrt --size 640x512 --frames 100");
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
     cmd->add_flag("--force", args->force, "Replace FILE when it exists");
+    cmd->add_option("--family", args->family,
+                    "Calibration: user (a user calibration), or the factory calibration of a camera family: "
+                    "ombria, corvane, marlowe, tessel")
+        ->capture_default_str();
     cmd->callback([args] {
         unsigned w = 0, h = 0;
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = RunSynth(args->path, w, h, args->frames, args->force);
+        int rc = RunSynthFamily(args->family, args->path, w, h, args->frames, args->force);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;
     });

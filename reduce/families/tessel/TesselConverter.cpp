@@ -1,0 +1,331 @@
+#include "reduce/families/tessel/TesselConverter.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "reduce/convert/TemperatureScale.h"
+#include "reduce/kernels/LUT.h"
+#include "reduce/objects/FrameInfoReduceObject.h"
+#include "reduce/objects/ObjectParametersReduceObject.h"
+#include "reduce/objects/TesselFactoryCalReduceObject.h"
+#include "reduce/store/ReduceObjectArray.h"
+
+namespace orv::reduce {
+
+namespace {
+
+namespace rec = tesselRecord;
+constexpr unsigned short kLow = 0;
+constexpr unsigned short kHigh = CTesMeasConv::kMaxImage;
+constexpr int kByteTables = 256;
+
+bool BadTypes(STypedData src, STypedData dst)
+{
+    return unsigned(src.type) > dtFlt64 || unsigned(dst.type) > dtFlt64;
+}
+
+TSharedPtr<CTesselFactoryCalReduceObject> Calibration(CReduceObjectArray& objs, int preset)
+{
+    return objs.GetObjectOfType(CTesselFactoryCalReduceObject::typeID, preset, false)
+        .DynamicCast<CTesselFactoryCalReduceObject>();
+}
+
+unsigned short ToSignal(float in)
+{
+    return in >= 0.0f && in < 65536.0f ? static_cast<unsigned short>(in) : 0;
+}
+
+_object_par_t ObjectRecord(const CObjectParametersReduceObject* p)
+{
+    _object_par_t o;
+    if (!p) {
+        // What a recording without object parameters is taken to show.
+        o.distance = 2.0f;
+        o.relativeHumidity = 0.3f;
+        return o;
+    }
+    o.emissivity = p->emissivity;
+    o.distance = p->distance;
+    o.reflectedTemp = p->reflectedTemp;
+    o.atmosphereTemp = p->atmosphereTemp;
+    o.extOpticsTemp = p->extOpticsTemp;
+    o.extOpticsTransmission = p->extOpticsTransmission;
+    o.estAtmosphericTransmission = p->estAtmosphericTransmission;
+    o.relativeHumidity = p->relativeHumidity;
+    return o;
+}
+
+// The drift sensors of the frame, if the frame info carries all three as
+// finite numbers.
+bool Sensors(CReduceObjectArray& objs, unsigned char preset, _imageinfo_t& info)
+{
+    TSharedPtr<CFrameInfoReduceObject> frame = objs.GetFrameInfo(preset, false);
+    if (!frame) return false;
+    for (int k = 0; k < 3; ++k) {
+        const CString text = frame->extra.GetValue(kTesselSensorKeys[k]);
+        if (text.length() == 0) return false;
+        char* end = nullptr;
+        const double v = std::strtod(text.c_str(), &end);
+        if (end == text.c_str() || !std::isfinite(v)) return false;
+        info.sensor[9 + k] = float(v);
+    }
+    return true;
+}
+
+} // namespace
+
+void TesselRecords(const CTesselFactoryCalReduceObject& cal, _adjust_par_t& a, _cal_param_t& c,
+                   _tdrift_par_t& d)
+{
+    a.adjustMode = GetRecordValue<uint16_t>(cal.record, rec::adjustMode);
+    a.gain = cal.GetFloat(rec::gain);
+    a.offset = cal.GetFloat(rec::offset);
+    c.R = cal.GetFloat(rec::R);
+    c.B = cal.GetFloat(rec::B);
+    c.F = cal.GetFloat(rec::F);
+    c.alpha1 = cal.GetFloat(rec::alpha1);
+    c.alpha2 = cal.GetFloat(rec::alpha2);
+    c.beta1 = cal.GetFloat(rec::beta1);
+    c.beta2 = cal.GetFloat(rec::beta2);
+    c.X = cal.GetFloat(rec::X);
+    c.clampHighTemp = cal.GetFloat(rec::clampHighTemp);
+    c.validHighTemp = cal.GetFloat(rec::validHighTemp);
+    c.validLowTemp = cal.GetFloat(rec::validLowTemp);
+    c.clampLowTemp = cal.GetFloat(rec::clampLowTemp);
+    c.rangeHighTemp = cal.GetFloat(rec::rangeHighTemp);
+    c.rangeLowTemp = cal.GetFloat(rec::rangeLowTemp);
+    c.driftK0 = cal.GetFloat(rec::driftK0);
+    c.driftK1 = cal.GetFloat(rec::driftK1);
+    c.driftA9 = cal.GetFloat(rec::driftA9);
+    c.driftB9 = cal.GetFloat(rec::driftB9);
+    c.driftA10 = cal.GetFloat(rec::driftA10);
+    c.driftB10 = cal.GetFloat(rec::driftB10);
+    c.driftC11 = cal.GetFloat(rec::driftC11);
+    d.t0 = cal.GetFloat(rec::driftT0);
+    d.k2 = cal.GetFloat(rec::driftK2);
+    // A calibration carries a drift model when its gain at t0 is positive.
+    d.driftOn = c.driftK0 > 0.0f;
+}
+
+bool CTesselConverter::Register()
+{
+    return converterFactory()->Register(kName, classID, &SupportedUnits,
+                                        &TConverterCreator<CTesselConverter>::Create,
+                                        &TConverterCreator<CTesselConverter>::Destroy);
+}
+
+bool CTesselConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
+{
+    if (base != unitCounts) return false;
+    if (!objs.HasObjectOfType(CTesselFactoryCalReduceObject::typeID, true)) return false;
+    units.add(unitCounts);
+    units.add(unitRadianceFactory);
+    units.add(unitObjectSignal);
+    units.add(unitTemperatureFactory);
+    return true;
+}
+
+CTesselConverter::CTesselConverter()
+{
+    for (CTesMeasConv*& c : conv) c = new CTesMeasConv;
+}
+
+CTesselConverter::~CTesselConverter()
+{
+    for (CTesMeasConv* c : conv) delete c;
+}
+
+bool CTesselConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out,
+                              ETempType outTemp, bool* presets, unsigned char numPresets, unsigned int reserved)
+{
+    if (!IConverter::Update(base, baseTemp, objs, out, outTemp, presets, numPresets, reserved)) return false;
+    TSharedPtr<CObjectParametersReduceObject> params = objs.GetObjectParameters(false);
+    const _object_par_t object = ObjectRecord(params.get());
+    _imageinfo_t info;
+    const bool sensors = Sensors(objs, firstActivePreset, info);
+    bool transmissionSet = false;
+    for (int i = 0; i < kPresets; ++i) {
+        lutValid[i] = false;
+        TSharedPtr<CTesselFactoryCalReduceObject> cal = Calibration(objs, i);
+        present[i] = cal && cal->valid;
+        if (!present[i]) {
+            if (presetActive[i]) return false;
+            continue;
+        }
+        _adjust_par_t adjust;
+        _cal_param_t calib;
+        _tdrift_par_t drift;
+        TesselRecords(*cal, adjust, calib, drift);
+        CTesMeasConv& m = *conv[i];
+        m.init(&adjust, &object, &calib);
+        m.setDriftPar(&drift);
+        // The correction applies where the model and this frame's readings
+        // are both there; otherwise the image values stand as they are.
+        m.setDriftMode(drift.driftOn && sensors ? 1 : 0);
+        if (m.driftMode == 1) m.UpdateFromTempSens(&info);
+        if (params && (!transmissionSet || i == firstActivePreset)) {
+            params->atmosphericTransmission = float(m.getUsedAtmTao());
+            transmissionSet = true;
+        }
+    }
+    return true;
+}
+
+bool CTesselConverter::ChangeObjectParameters(CObjectParametersReduceObject* params)
+{
+    if (!params) return false;
+    for (int i = 0; i < kPresets; ++i) {
+        if (!presetActive[i] || !present[i]) continue;
+        _object_par_t o;
+        if (!conv[i]->getObjPar(&o)) continue;
+        o.emissivity = params->emissivity;
+        o.distance = params->distance;
+        conv[i]->setObjPar(&o);
+        lutValid[i] = false;
+    }
+    return true;
+}
+
+int CTesselConverter::Preset(unsigned char preset) const
+{
+    const unsigned p = preset >= 255 ? firstActivePreset : preset;
+    return p < unsigned(kPresets) && presetActive[p] && present[p] ? int(p) : -1;
+}
+
+bool CTesselConverter::UpdateLUT(unsigned char preset)
+{
+    if (preset >= kPresets || !present[preset]) return false;
+    if (lutValid[preset]) return true;
+    conv[preset]->updateLUT();
+    lutValid[preset] = true;
+    return true;
+}
+
+float* CTesselConverter::Table(int p)
+{
+    if (!UpdateLUT(static_cast<unsigned char>(p))) return nullptr;
+    CTesMeasConv& m = *conv[p];
+    switch (outputUnit) {
+    case unitTemperatureFactory: return const_cast<float*>(m.TemperatureTable(outputTempType));
+    case unitRadianceFactory: return m.lutRad;
+    case unitObjectSignal: return m.lutObjSig;
+    default: return nullptr;
+    }
+}
+
+bool CTesselConverter::SignalToOutput(unsigned short signal, float& out, unsigned char& status,
+                                      unsigned char preset)
+{
+    const int p = Preset(preset);
+    if (p < 0) return false;
+    const CTesMeasConv& m = *conv[p];
+    switch (outputUnit) {
+    case unitTemperatureFactory:
+        out = float(priv::ConvertScale(m.imgToTemp(signal, &status), tempKelvin, outputTempType));
+        return true;
+    case unitRadianceFactory: out = float(m.imgToRadiance(signal, &status)); return true;
+    case unitObjectSignal: out = float(m.imgToObjectSignal(signal, &status)); return true;
+    default: return false;
+    }
+}
+
+bool CTesselConverter::OutputToSignal(float in, unsigned short& signal, unsigned char& status,
+                                      unsigned char preset)
+{
+    const int p = Preset(preset);
+    if (p < 0) return false;
+    const CTesMeasConv& m = *conv[p];
+    status = 0;
+    switch (outputUnit) {
+    case unitTemperatureFactory: signal = m.tempToImg(priv::ConvertScale(in, outputTempType, tempKelvin)); return true;
+    case unitRadianceFactory: signal = m.radToImg(in); return true;
+    case unitObjectSignal: signal = m.objSigToImg(in); return true;
+    default: return false;
+    }
+}
+
+bool CTesselConverter::SignalToOutput(unsigned short first, unsigned short last, float* out,
+                                      unsigned char* status, unsigned char preset)
+{
+    const int p = Preset(preset);
+    if (p < 0) return false;
+    if (last < first) return true;
+    // Inside the 14-bit range the tables answer; beyond it, value by value.
+    if (last <= kHigh) {
+        float* table = Table(p);
+        if (!table) return false;
+        for (unsigned s = first; s <= last; ++s) {
+            out[s - first] = table[s];
+            if (status) status[s - first] = conv[p]->lutStatus[s];
+        }
+        return true;
+    }
+    for (unsigned s = first; s <= last; ++s) {
+        unsigned char st = 0;
+        if (!SignalToOutput(static_cast<unsigned short>(s), out[s - first], st, static_cast<unsigned char>(p)))
+            return false;
+        if (status) status[s - first] = st;
+    }
+    return true;
+}
+
+bool CTesselConverter::BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset)
+{
+    return SignalToOutput(ToSignal(in), out, status, preset);
+}
+
+bool CTesselConverter::OutputToBase(float in, float& out, unsigned char& status, unsigned char preset)
+{
+    unsigned short signal = 0;
+    if (!OutputToSignal(in, signal, status, preset)) return false;
+    out = float(signal);
+    return true;
+}
+
+bool CTesselConverter::Single(STypedData src, STypedData dst, float*& table, unsigned char*& tableStatus)
+{
+    if (BadTypes(src, dst)) return false;
+    const int p = Preset(255);
+    if (p < 0 || !(table = Table(p))) return false;
+    tableStatus = conv[p]->lutStatus;
+    return true;
+}
+
+bool CTesselConverter::PerPreset(STypedData src, STypedData dst, float** tables, unsigned char** statuses)
+{
+    if (BadTypes(src, dst)) return false;
+    const int current = Preset(255);
+    if (current < 0) return false;
+    float* own[kPresets] = {};
+    for (int i = 0; i < kPresets; ++i) {
+        if (!present[i]) continue;
+        if (!(own[i] = Table(i))) return false;
+    }
+    // A byte names preset byte & 3; one without a calibration reads the
+    // current preset's table.
+    for (int b = 0; b < kByteTables; ++b) {
+        const int k = own[b & 3] ? (b & 3) : current;
+        tables[b] = own[k];
+        statuses[b] = conv[k]->lutStatus;
+    }
+    return true;
+}
+
+bool CTesselConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
+{
+    float* table = nullptr;
+    unsigned char* tableStatus = nullptr;
+    if (!Single(src, dst, table, tableStatus)) return false;
+    return ApplyLUT(src, dst, status, region, table, tableStatus, kLow, kHigh);
+}
+
+bool CTesselConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
+                                     STypedData dst, unsigned char* status)
+{
+    float* tables[kByteTables];
+    unsigned char* statuses[kByteTables];
+    if (!PerPreset(src, dst, tables, statuses)) return false;
+    return ApplyLUT(src, presetIndex, dst, status, region, tables, statuses, kLow, kHigh);
+}
+
+} // namespace orv::reduce
