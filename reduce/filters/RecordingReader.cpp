@@ -1,5 +1,7 @@
 #include "reduce/filters/RecordingReader.h"
 
+#include "reduce/filters/GenericFilter.h"
+
 #include <cstdarg>
 #include <cstring>
 
@@ -182,6 +184,17 @@ bool CRecordingReader::DecodeFrame(uint64_t index, STypedData pixels, uint64_t p
                               m_objects, preset))
         return Fail("the \"%s\" filter cannot decode frame %llu into %s", m_filter->GetName(),
                     static_cast<unsigned long long>(index), DataTypeText(pixels.type));
+    // A frame without a header of its own (the generic filter's) reports
+    // preset 0; with preset sequencing declared, frames take the available
+    // presets in turn, which is how such a camera writes them.
+    TSharedPtr<CSourceInfoReduceObject> info = sourceInfo();
+    if (preset == 0 && info && info->presetSequencing && m_filter->GetName() == CString(CGenericFilter::kName)) {
+        uint8_t available[8];
+        unsigned count = 0;
+        for (uint8_t i = 0; i < 8; ++i)
+            if (info->presets[i].available) available[count++] = i;
+        if (count > 0) preset = available[index % count];
+    }
     return true;
 }
 

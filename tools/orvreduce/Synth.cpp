@@ -186,7 +186,12 @@ int WriteSynthRecording(const std::string& path, CReduceObjectArray& objs, unsig
             return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
         progress.Step(f + 1);
     }
+    // With preset sequencing the frames take the presets in turn.
     unsigned int counts4[4] = {frames, 0, 0, 0};
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    if (info && info->presetSequencing && info->numPresets > 1 && info->numPresets <= 4)
+        for (unsigned p = 0; p < info->numPresets; ++p)
+            counts4[p] = frames / info->numPresets + (p < frames % info->numPresets ? 1u : 0u);
     if (!FinishQRTFile(file, counts4, true)) return Fail("%s: finishing the recording failed", path.c_str());
     file.reset();
     if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
