@@ -650,6 +650,15 @@ TEST_F(ProgramTest, FamilyRecordingsGiveBackTheSceneInFactoryTemperature)
         auto black = ReadCsvFrame(Path(family + "-e.csv"), 0);
         const unsigned cx = static_cast<unsigned>(DiscX(0));
         EXPECT_LT(black[H / 2][cx], 120.0 - 1.0);
+        if (family == "corvane") {
+            // Half the integration time, half the signal: (level + c) halves
+            // from preset 0 to preset 1.
+            r = Run("convert " + rec + " --unit Counts --frames 0:2 -o levels.csv");
+            ASSERT_EQ(r.exitCode, 0) << r.err;
+            const double first = ReadCsvFrame(Path("levels.csv"), 0)[0][W - 1] + 150.0;
+            const double second = ReadCsvFrame(Path("levels.csv"), 1)[0][W - 1] + 150.0;
+            EXPECT_NEAR(second / first, 0.5, 0.002);
+        }
         if (family == "ombria") {
             r = Run("convert " + rec + unit + " --frames 0 --distance 200 -o far.csv");
             ASSERT_EQ(r.exitCode, 0) << r.err;

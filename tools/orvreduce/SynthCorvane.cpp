@@ -1,7 +1,6 @@
 // synth --family corvane: the scene through Corvane curves, one per preset
-// with integration times of 200, 100 and 50 us. Frames come through the
-// generic filter, which reports preset 0, so the frames use preset 0's curve;
-// the others ride along as a camera with several presets would store them.
+// with integration times of 200, 100 and 50 us. The recording declares preset
+// sequencing, so frame f belongs to preset f % 3 and is made with its curve.
 #include <cmath>
 
 #include "reduce/families/corvane/SpanFitConv.h"
@@ -45,27 +44,26 @@ int RunSynthCorvane(const std::string& path, unsigned width, unsigned height, un
     auto params = objs.GetObjectParameters(true);
     if (!params || !FillSynthSourceInfo(objs, width, height, kPresets, -40.0, 200.0))
         return Fail("synth: could not build the Corvane objects");
-    TSharedPtr<CCorvaneFactoryCalReduceObject> first;
+    CSpanFitConv curves[kPresets];
     for (unsigned p = 0; p < kPresets; ++p) {
         auto cal = objs.GetObjectOfType(CCorvaneFactoryCalReduceObject::typeID, int(p), true)
                        .DynamicCast<CCorvaneFactoryCalReduceObject>();
         if (!cal) return Fail("synth: could not build the Corvane objects");
         FillCurve(*cal, p);
-        if (p == 0) first = cal;
+        curves[p].SetSpanFit(cal);
     }
+    objs.GetSourceInfo(false)->presetSequencing = true;
     params->emissivity = 0.95f;
     params->reflectedTemp = params->atmosphereTemp = 293.15f;
     params->estAtmosphericTransmission = 0.0f; // counts as 1: no path loss
     params->source = true;
     params->valid = true;
+    for (CSpanFitConv& curve : curves) curve.SetObjectParameters(params);
 
-    CSpanFitConv curve;
-    curve.SetSpanFit(first);
-    curve.SetObjectParameters(params);
-    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned) {
+    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned f) {
         float level = 0;
         unsigned char status = 0;
-        if (!curve.TempToDL(float(celsius), level, status, tempCelsius, true)) return uint16_t(0);
+        if (!curves[f % kPresets].TempToDL(float(celsius), level, status, tempCelsius, true)) return uint16_t(0);
         return uint16_t(std::fmin(std::fmax(std::nearbyint(level), 0.0), 65535.0));
     });
 }

@@ -8,7 +8,9 @@
 #include <limits>
 #include <vector>
 
+#include "reduce/convert/ConverterFactory.h"
 #include "reduce/families/corvane/CorvaneConverter.h"
+#include "reduce/objects/OmbriaFactoryCalReduceObject.h"
 #include "reduce/objects/CorvaneFactoryCalReduceObject.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/store/ReduceObjectArray.h"
@@ -277,4 +279,27 @@ TEST(Corvane, CurveRulesAndBrokenCalibrations)
                     break;
                 }
         }
+}
+
+TEST(Corvane, FirstInTheConverterListAheadOfOmbria)
+{
+    // Identifiers as stored.
+    const unsigned char corvane[] = {0x7d, 0xf4, 0x1c, 0x62, 0xae, 0x1e, 0x68, 0x4d,
+                                     0xa3, 0xe5, 0x37, 0x9f, 0x1a, 0xd7, 0x6f, 0x62};
+    const unsigned char ombria[] = {0xab, 0x93, 0x16, 0xe8, 0xb6, 0xb4, 0xc4, 0x4e,
+                                    0x85, 0xc0, 0xe8, 0x9d, 0x1c, 0x35, 0x06, 0x1e};
+    SGuid c = converterFactory()->GetGUIDFromName("CorvaneConverter");
+    SGuid o = converterFactory()->GetGUIDFromName("OmbriaConverter");
+    EXPECT_EQ(std::memcmp(&c, corvane, 16), 0);
+    EXPECT_EQ(std::memcmp(&o, ombria, 16), 0);
+
+    // Both calibrations in one recording: temperature goes to Corvane, which
+    // registered first; radiance only Ombria offers.
+    SRecording rec(1);
+    TSharedPtr<IReduceObject> cal = rec.objs.GetObjectOfType(COmbriaFactoryCalReduceObject::typeID, 0, true);
+    cal->valid = true;
+    SGuid t = converterFactory()->ConverterGUIDForUnit(unitCounts, rec.objs, unitTemperatureFactory);
+    SGuid r = converterFactory()->ConverterGUIDForUnit(unitCounts, rec.objs, unitRadianceFactory);
+    EXPECT_EQ(std::memcmp(&t, corvane, 16), 0);
+    EXPECT_EQ(std::memcmp(&r, ombria, 16), 0);
 }
