@@ -2,13 +2,23 @@
 
 #include <atomic>
 
+#include "reduce/filters/BareFrameFilters.h"
+#include "reduce/filters/BayerFilter.h"
 #include "reduce/filters/GenericFilter.h"
 #include "reduce/filters/PixelTypes.h"
+#include "reduce/filters/TLKFilter.h"
 
 namespace orv::reduce {
 
 // Camera filters go above the generic one, in the order of the header.
 const SBuiltinFilter builtinFilters[] = {
+    {CBayerFilter::kName, &CBayerFilter::Register},
+    {CTLKFilterRV::kName, &CTLKFilterRV::Register},
+    {CTLKFilterMX::kName, &CTLKFilterMX::Register},
+    {CBrennicFilter::kName, &CBrennicFilter::Register},
+    {CKordanFilter::kName, &CKordanFilter::Register},
+    {COstrelFilter::kName, &COstrelFilter::Register},
+    {CVelmarFilter::kName, &CVelmarFilter::Register},
     {CGenericFilter::kName, &CGenericFilter::Register},
 };
 const unsigned builtinFilterCount = sizeof(builtinFilters) / sizeof(builtinFilters[0]);
