@@ -88,9 +88,8 @@ bool CTLKFilter::ParseFrame(unsigned char* frame, SGuid pixelType, uint16_t widt
         info->time.SetYDHMS(header.day, header.hour, header.minute, header.second, header.millisecond,
                             header.microsecond);
         info->timeSource = header.irigLocked ? timeSourceIRIG : timeSourceCamera;
-        info->extra.Clear();
-        AddEntries(info->extra, header);
-        if (m_mx) CTLKFilterMX::AddLensEntries(info->extra, raw, objects);
+        // Extra data cleared and filled anew, in one pass.
+        tlkFillEntries(info->extra, header, raw, m_mx, objects);
     }
 
     if (pixels.data) {

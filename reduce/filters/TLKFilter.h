@@ -63,9 +63,6 @@ public:
     bool ExtractHeader(unsigned char* frame, SGuid pixelType, uint16_t width, uint16_t height, uint32_t frameSize,
                        void* out, uint32_t outSize) override;
 
-    // The extra entries of a decoded header, in the variant's order.
-    virtual void AddEntries(CFrameInfoExtra& extra, const SHeader& header) const = 0;
-
 protected:
     CTLKFilter(SGuid pixelType, SGuid headerType, bool mx)
         : m_pixelType(pixelType), m_headerType(headerType), m_mx(mx)
@@ -84,7 +81,6 @@ public:
     static bool Register();
     CTLKFilterRV();
     const char* GetName() const override { return kName; }
-    void AddEntries(CFrameInfoExtra& extra, const SHeader& header) const override;
 };
 
 class CTLKFilterMX : public CTLKFilter {
@@ -93,10 +89,12 @@ public:
     static bool Register();
     CTLKFilterMX();
     const char* GetName() const override { return kName; }
-    void AddEntries(CFrameInfoExtra& extra, const SHeader& header) const override;
-    // The lens entries of the raw header's lens block, and the field of view
-    // that its focal length gives.
-    static void AddLensEntries(CFrameInfoExtra& extra, const SRawHeader& raw, CReduceObjectArray& objects);
 };
+
+// The extra entries of a decoded header in the variant's order (TLKEntries.cpp),
+// and for MX the lens block's entries and the field of view its focal length
+// gives. Leaves extra as clearing it and adding each entry would.
+void tlkFillEntries(CFrameInfoExtra& extra, const SHeader& header, const SRawHeader& raw, bool mx,
+                    CReduceObjectArray& objects);
 
 } // namespace orv::reduce

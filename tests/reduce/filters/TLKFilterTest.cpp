@@ -336,6 +336,27 @@ TEST(TLKFilter, LensBlocksAndFieldOfView)
     }
 }
 
+TEST(TLKFilter, EachFrameReplacesTheEntriesOfTheLast)
+{
+    SFrame lensFrame = FullHeader();
+    lensFrame.U8(96, 1), lensFrame.U32(98, 250);
+    SFrame plain = FullHeader();
+    CTLKFilterMX f;
+    CReduceObjectArray objects;
+    auto info = Parse(f, lensFrame, guidTLKMX, objects);
+    ASSERT_TRUE(info);
+    const size_t header = Expected(true).size();
+    EXPECT_EQ(info->extra.nValues(), header + 10);
+    info->extra.Add("Note", "kept?", "", "");
+    info->extra.SetClass("FrameCounter", "mine");
+    info = Parse(f, plain, guidTLKMX, objects);
+    EXPECT_EQ(info->extra.nValues(), header);
+    ExpectEntries(info->extra, Expected(true));
+    EXPECT_TRUE(info->extra.GetClass("FrameCounter").empty());
+    info = Parse(f, lensFrame, guidTLKMX, objects);
+    EXPECT_TRUE(info->extra.GetValue("LensFocalLength") == "25.00");
+}
+
 TEST(TLKFilter, PeeksTriggersAndTimeSource)
 {
     SFrame frame = FullHeader();
