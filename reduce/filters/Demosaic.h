@@ -11,8 +11,8 @@
 // Why bilinear: it reproduces a flat colour field exactly and a linear
 // gradient exactly in each channel, never leaves the range of the
 // neighbouring samples (no overshoot to clip, which matters when channels
-// are measured), and runs at memory speed. Its known cost is colour fringes
-// at sharp edges; see docs/filters.md.
+// are measured), and costs a few additions a pixel. Its known cost is
+// colour fringes at sharp edges; see docs/filters.md.
 #include <cstdint>
 
 namespace orv::reduce {
