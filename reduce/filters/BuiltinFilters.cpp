@@ -3,12 +3,18 @@
 #include <atomic>
 
 #include "reduce/filters/GenericFilter.h"
+#include "reduce/filters/MX515Filter.h"
 #include "reduce/filters/PixelTypes.h"
+#include "reduce/filters/SarnetFilter.h"
+#include "reduce/filters/V410Filter.h"
 
 namespace orv::reduce {
 
 // Camera filters go above the generic one, in the order of the header.
 const SBuiltinFilter builtinFilters[] = {
+    {CV410Filter::kName, &CV410Filter::Register},
+    {CSarnetFilter::kName, &CSarnetFilter::Register},
+    {CMX515Filter::kName, &CMX515Filter::Register},
     {CGenericFilter::kName, &CGenericFilter::Register},
 };
 const unsigned builtinFilterCount = sizeof(builtinFilters) / sizeof(builtinFilters[0]);
