@@ -6,23 +6,6 @@ namespace orv::reduce {
 
 namespace {
 
-// A byte span that hands out only what lies inside it.
-class CByteSpan {
-public:
-    CByteSpan(const unsigned char* data, size_t size) : m_data(data), m_size(data ? size : 0) {}
-    bool Read(SRecordField field, void* out) const
-    {
-        if (field.offset > m_size || field.size > m_size - field.offset) return false;
-        std::memcpy(out, m_data + field.offset, field.size);
-        return true;
-    }
-
-private:
-    const unsigned char* m_data;
-    size_t m_size;
-};
-
-
 inline uint16_t Word(const uint8_t* p) { return uint16_t(p[0] | p[1] << 8); }
 inline uint32_t DWord(const uint8_t* p) { return uint32_t(Word(p)) | uint32_t(Word(p + 2)) << 16; }
 inline int32_t Signed24(uint32_t v) { return int32_t(v << 8) >> 8; }
@@ -34,9 +17,15 @@ inline float Celsius(uint16_t hundredthsKelvin) { return float(hundredthsKelvin)
 
 void tlkDecodeHeaderRaw(SRawHeader& raw, const unsigned char* frame, uint32_t frameSize)
 {
-    std::memset(&raw, 0, sizeof raw);
-    const CByteSpan span(frame, frameSize);
-    for (const STLKRawField& f : tlkRawFields) span.Read(f.at, reinterpret_cast<unsigned char*>(&raw) + f.member);
+    if (frame && frameSize >= kTLKHeaderSize) {
+        TLKRawHeaderTable::Read(frame, raw);
+        return;
+    }
+    // A short frame: the fields wholly inside it are read, the others are zero.
+    unsigned char bytes[kTLKHeaderSize] = {};
+    for (const SRecordField& f : TLKRawHeaderTable::fields)
+        if (frame && f.end() <= frameSize) std::memcpy(bytes + f.offset, frame + f.offset, f.size);
+    TLKRawHeaderTable::Read(bytes, raw);
 }
 
 void tlkDecodeIRIG(const uint16_t words[4], SHeader& out, bool& lockedOut)

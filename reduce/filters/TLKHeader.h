@@ -3,7 +3,6 @@
 // first row, little-endian. SRawHeader holds it as the camera wrote it,
 // SHeader in units a person reads; the lens block behind byte 96 has its own
 // decoders.
-#include <cstddef>
 #include <cstdint>
 
 #include "reduce/objects/PackedRecord.h"
@@ -49,50 +48,30 @@ struct SRawHeader {
     uint16_t skimmingVoltage; // hundredths
 };
 
-// Offset and size in the frame of each member, in frame order; the reader
-// and the tests share it.
-struct STLKRawField {
-    SRecordField at;      // in the frame
-    size_t member;        // offsetof in SRawHeader
-};
-
-#define ORV_TLK_FIELD(member, offset) \
-    STLKRawField { SRecordField{offset, sizeof(SRawHeader::member)}, offsetof(SRawHeader, member) }
-inline constexpr STLKRawField tlkRawFields[] = {
-    ORV_TLK_FIELD(headerID, 0),           ORV_TLK_FIELD(clockSelect, 1),
-    ORV_TLK_FIELD(irig, 2),               ORV_TLK_FIELD(subSecond, 6),
-    ORV_TLK_FIELD(status, 10),            ORV_TLK_FIELD(tempA, 12),
-    ORV_TLK_FIELD(tempB, 14),             ORV_TLK_FIELD(tempC, 16),
-    ORV_TLK_FIELD(tempFPA, 18),           ORV_TLK_FIELD(frameCounter, 20),
-    ORV_TLK_FIELD(integrationTicks, 24),  ORV_TLK_FIELD(value28, 28),
-    ORV_TLK_FIELD(filterID, 30),          ORV_TLK_FIELD(reserved, 32),
-    ORV_TLK_FIELD(fpaControl, 34),        ORV_TLK_FIELD(saturationThreshold, 44),
-    ORV_TLK_FIELD(saturation, 46),        ORV_TLK_FIELD(framePeriodTicks, 50),
-    ORV_TLK_FIELD(digitalGain, 54),       ORV_TLK_FIELD(digitalOffset, 56),
-    ORV_TLK_FIELD(detectorType, 58),      ORV_TLK_FIELD(roicType, 59),
-    ORV_TLK_FIELD(cameraType, 60),        ORV_TLK_FIELD(cameraSubType, 61),
-    ORV_TLK_FIELD(analogOffset, 62),      ORV_TLK_FIELD(mainBoardTemp, 64),
-    ORV_TLK_FIELD(powerBoardTemp, 66),    ORV_TLK_FIELD(digitizerBoardTemp, 68),
-    ORV_TLK_FIELD(tempD, 70),             ORV_TLK_FIELD(analogIn, 72),
-    ORV_TLK_FIELD(lockinPhase, 78),       ORV_TLK_FIELD(lockinPeriod, 82),
-    ORV_TLK_FIELD(lockinValue, 86),       ORV_TLK_FIELD(digitalIn, 88),
-    ORV_TLK_FIELD(digitalOut, 89),        ORV_TLK_FIELD(adResolution, 90),
-    ORV_TLK_FIELD(serialNumber, 92),      ORV_TLK_FIELD(lensID, 94),
-    ORV_TLK_FIELD(lensBlock, 96),         ORV_TLK_FIELD(fpaGain, 122),
-    ORV_TLK_FIELD(skimming, 123),         ORV_TLK_FIELD(skimmingVoltage, 124),
-};
-#undef ORV_TLK_FIELD
-
-constexpr bool TLKRawFieldsTile()
-{
-    uint32_t next = 0;
-    for (const STLKRawField& f : tlkRawFields) {
-        if (f.at.offset != next) return false;
-        next = f.at.end();
-    }
-    return next == kTLKHeaderSize;
-}
-static_assert(TLKRawFieldsTile(), "the TLK header fields tile 0 to 126");
+// Each member at its offset in the frame; the table checks that the fields
+// tile the 126 bytes and that every member fits its field.
+using TLKRawHeaderTable = TRecordTable<SRawHeader, kTLKHeaderSize,
+    TField<&SRawHeader::headerID, 0>, TField<&SRawHeader::clockSelect, 1>,
+    TField<&SRawHeader::irig, 2>, TField<&SRawHeader::subSecond, 6>,
+    TField<&SRawHeader::status, 10>, TField<&SRawHeader::tempA, 12>,
+    TField<&SRawHeader::tempB, 14>, TField<&SRawHeader::tempC, 16>,
+    TField<&SRawHeader::tempFPA, 18>, TField<&SRawHeader::frameCounter, 20>,
+    TField<&SRawHeader::integrationTicks, 24>, TField<&SRawHeader::value28, 28>,
+    TField<&SRawHeader::filterID, 30>, TField<&SRawHeader::reserved, 32>,
+    TField<&SRawHeader::fpaControl, 34>, TField<&SRawHeader::saturationThreshold, 44>,
+    TField<&SRawHeader::saturation, 46>, TField<&SRawHeader::framePeriodTicks, 50>,
+    TField<&SRawHeader::digitalGain, 54>, TField<&SRawHeader::digitalOffset, 56>,
+    TField<&SRawHeader::detectorType, 58>, TField<&SRawHeader::roicType, 59>,
+    TField<&SRawHeader::cameraType, 60>, TField<&SRawHeader::cameraSubType, 61>,
+    TField<&SRawHeader::analogOffset, 62>, TField<&SRawHeader::mainBoardTemp, 64>,
+    TField<&SRawHeader::powerBoardTemp, 66>, TField<&SRawHeader::digitizerBoardTemp, 68>,
+    TField<&SRawHeader::tempD, 70>, TField<&SRawHeader::analogIn, 72>,
+    TField<&SRawHeader::lockinPhase, 78>, TField<&SRawHeader::lockinPeriod, 82>,
+    TField<&SRawHeader::lockinValue, 86>, TField<&SRawHeader::digitalIn, 88>,
+    TField<&SRawHeader::digitalOut, 89>, TField<&SRawHeader::adResolution, 90>,
+    TField<&SRawHeader::serialNumber, 92>, TField<&SRawHeader::lensID, 94>,
+    TField<&SRawHeader::lensBlock, 96>, TField<&SRawHeader::fpaGain, 122>,
+    TField<&SRawHeader::skimming, 123>, TField<&SRawHeader::skimmingVoltage, 124>>;
 
 // The decoded header.
 struct SHeader {
