@@ -21,13 +21,14 @@ inline unsigned Mirror(long i, unsigned n)
 // on the rows above and below. At a P site: P own, green the orthogonal
 // mean, S the diagonal mean. At a green site: green own, P the horizontal
 // mean, S the vertical one.
-template <class T>
+// P, the row's own channel, is a template argument so that the stores have
+// fixed offsets.
+template <class T, unsigned P>
 class TRow {
 public:
-    TRow(const T* up, const T* mid, const T* down, T* out, unsigned p)
-        : u(up), m(mid), d(down), o(out), pc(p), sc(2 - p)
-    {
-    }
+    static constexpr unsigned pc = P, sc = 2 - P;
+
+    TRow(const T* up, const T* mid, const T* down, T* out) : u(up), m(mid), d(down), o(out) {}
 
     inline void PSite(unsigned x, unsigned l, unsigned r) const
     {
@@ -76,7 +77,6 @@ private:
     const T* m;
     const T* d;
     T* o;
-    unsigned pc, sc;
 };
 
 template <class T>
@@ -91,7 +91,8 @@ void Demosaic(const T* src, T* dst, unsigned width, unsigned height, EBayerPatte
         T* out = dst + std::size_t(y) * width * 3;
         const bool redRow = (y & 1u) == redY;
         // Red rows hold red on redX's columns, blue rows blue on the others.
-        TRow<T>(up, mid, down, out, redRow ? 0 : 2).Run(width, redRow ? redX : 1u - redX);
+        if (redRow) TRow<T, 0>(up, mid, down, out).Run(width, redX);
+        else TRow<T, 2>(up, mid, down, out).Run(width, 1u - redX);
     }
 }
 
