@@ -47,6 +47,12 @@ int RunConvert(const SConvertOptions& o)
 
     CFrameReducer reducer;
     if (!reducer.Open(o.input, unit, scale, o.emissivity, o.distance)) return kExitFailure;
+    // A colour picture has no single value a pixel: it goes to PNG as it is.
+    const bool colour = unit == unitRGB24 || unit == unitRGB48;
+    if (colour && ext != "png")
+        return Fail("%s: \"%s\" is written as a PNG picture only; for values choose \"Red Channel\", "
+                    "\"Green Channel\", \"Blue Channel\" or \"RGB Average\"",
+                    o.output.c_str(), UnitToString(unit));
     const uint64_t total = reducer.reader().numFrames();
     uint64_t first = 0, end = 0;
     if (!ParseFrameRange(o.frames, total, first, end))
@@ -88,6 +94,13 @@ int RunConvert(const SConvertOptions& o)
 
     CProgress progress("convert", count);
     for (uint64_t i = first; i < end; ++i) {
+        if (colour) {
+            if (!reducer.Decode(i)) return kExitFailure;
+            if (!WriteColourPng(out.path(), reducer.raw(), reducer.rawType() == dtRGB48, w, h, error))
+                return failOutput(o.output);
+            progress.Step(1);
+            continue;
+        }
         if (!reducer.Reduce(i, values.data(), status.data())) {
             if (csv) std::fclose(csv);
             return kExitFailure;
@@ -141,9 +154,11 @@ void AddConvert(CLI::App& app)
         "  .tiff/.tif  32-bit float, one page per frame; the status bytes go to OUT.status.tiff\n"
         "  .npy        float32 array of shape (frames, height, width)\n"
         "  .csv        one block of rows per frame; invalid pixels are empty fields\n"
-        "  .png        false colour picture of the first frame asked for, with a colour bar\n"
+        "  .png        false colour picture of the first frame asked for, with a colour bar;\n"
+        "              a colour recording in \"RGB (24-bit)\" or \"RGB (48-bit)\" as it is\n"
         "Units: \"Counts\", \"Radiance (User)\", \"Temperature (User)\" (or counts, radiance,\n"
-        "temperature); 'orvreduce info FILE' lists those the recording offers.\n"
+        "temperature); colour recordings offer \"Red Channel\", \"Green Channel\", \"Blue Channel\"\n"
+        "and \"RGB Average\"; 'orvreduce info FILE' lists those the recording offers.\n"
         "Example: orvreduce convert scene.qrt --unit temperature --scale K --frames 0:10 -o t.tiff");
     cmd->add_option("FILE", o->input, "Recording to read")->required();
     cmd->add_option("-o,--output", o->output, "Output file; its extension chooses the type")->required();

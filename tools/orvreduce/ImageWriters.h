@@ -44,4 +44,8 @@ bool WriteCsvFrame(FILE* file, uint64_t index, const float* values, const unsign
 bool WritePreviewPng(const std::string& path, const float* values, const unsigned char* status, unsigned width,
                      unsigned height, const std::string& unitLabel, std::string& error);
 
+// A colour frame as it is: interleaved RGB, red first, 8 or 16 bits a sample.
+bool WriteColourPng(const std::string& path, const void* rgb, bool sixteenBits, unsigned width, unsigned height,
+                    std::string& error);
+
 } // namespace orv::reduce::cli

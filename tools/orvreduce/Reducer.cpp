@@ -26,7 +26,9 @@ bool CFrameReducer::Open(const std::string& path, EUnit unit, ETempType scale, d
     m_unit = unit;
     m_scale = scale;
     m_rawType = PixelDataType(m_reader.pixelType());
-    if (DataTypeSize(m_rawType) == 0 || m_rawType > dtFlt64) {
+    // Colour pixels come as RGB triples, which the RGB converter splits.
+    const bool colour = m_rawType == dtRGB24 || m_rawType == dtRGB48;
+    if (!colour && (DataTypeSize(m_rawType) == 0 || m_rawType > dtFlt64)) {
         Fail("%s: pixel type %s holds no single numeric value per pixel", path.c_str(),
              PixelTypeName(m_reader.pixelType()).c_str());
         return false;
@@ -53,10 +55,11 @@ bool CFrameReducer::Open(const std::string& path, EUnit unit, ETempType scale, d
     bool offered = unit == m_reader.sourceInfo()->baseUnit;
     for (EUnit u : units) offered = offered || u == unit;
     if (!offered) {
-        std::string list;
+        // The recording's own unit is offered too, without a converter.
+        std::string list = UnitToString(m_reader.sourceInfo()->baseUnit);
         for (EUnit u : units) list += std::string(list.empty() ? "" : ", ") + UnitToString(u);
         Fail("%s: cannot be shown in \"%s\"; it offers: %s", path.c_str(), UnitToString(unit),
-             list.empty() ? "its raw pixels only" : list.c_str());
+             list.c_str());
         return false;
     }
     if (!m_context.SetUnit(unit, scale)) {

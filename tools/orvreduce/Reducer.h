@@ -25,6 +25,10 @@ public:
     unsigned height() const { return m_reader.frameHeight(); }
     size_t pixels() const { return size_t(width()) * height(); }
     EUnit unit() const { return m_unit; }
+    // The last decoded frame in the filter's element type (RGB triples for
+    // colour recordings).
+    const void* raw() const { return m_raw.data(); }
+    EDataType rawType() const { return m_rawType; }
     ETempType scale() const { return m_scale; }
 
 private:

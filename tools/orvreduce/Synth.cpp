@@ -15,6 +15,7 @@
 #include <string>
 
 #include "orv/PixelType.h"
+#include "reduce/filters/PixelTypes.h"
 #include "orv/RCalFile.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/objects/RCalReduceObject.h"
@@ -22,6 +23,7 @@
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/PixelsHeader.h"
 #include "tools/orvreduce/Common.h"
+#include "tools/orvreduce/Synth.h"
 
 namespace orv::reduce::cli {
 
@@ -68,7 +70,19 @@ double Noise(unsigned x, unsigned y, unsigned f)
     return (double(h & 0xffff) / 65535.0 - 0.5) * 0.2;
 }
 
-bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
+} // namespace
+
+uint16_t SynthSceneCounts(unsigned x, unsigned y, unsigned f, unsigned width, unsigned height, unsigned frames)
+{
+    const double radius = std::fmin(width, height) / 8.0;
+    const double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
+    const double cy = height / 2.0;
+    const double dx = x - cx, dy = y - cy;
+    const double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
+    return CountsOf(t + Noise(x, y, f));
+}
+
+bool FillSynthObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
 {
     auto info = objs.GetSourceInfo(true);
     auto params = objs.GetObjectParameters(true);
@@ -124,7 +138,32 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
     return true;
 }
 
-} // namespace
+bool CSynthFile::Start(CReduceObjectArray& objs, uint32_t frameSize)
+{
+    m_file = fileSystem()->Open(m_out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
+    if (!m_file) return Fail("%s: cannot create the file", m_out.path().c_str()), false;
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    if (!info || !SaveInfoFile(m_file, objs, infoFileRecording) ||
+        !WritePixelsHeader(m_file, info, info->pixelType, frameSize, true))
+        return Fail("%s: writing the info blocks failed", m_path.c_str()), false;
+    return true;
+}
+
+bool CSynthFile::AddFrame(const void* data, uint32_t size, unsigned index)
+{
+    if (!m_file->WriteBytes(data, size))
+        return Fail("%s: writing frame %u failed (disk full?)", m_path.c_str(), index), false;
+    return true;
+}
+
+bool CSynthFile::Finish(unsigned* counts)
+{
+    if (!FinishQRTFile(m_file, counts, true))
+        return Fail("%s: finishing the recording failed", m_path.c_str()), false;
+    m_file.reset();
+    if (!m_out.Commit()) return Fail("%s: cannot rename the finished file into place", m_path.c_str()), false;
+    return true;
+}
 
 int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames)
 {
@@ -133,41 +172,70 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
     if (frames == 0) return Fail("synth: at least one frame is needed");
 
     CReduceObjectArray objs;
-    if (!FillObjects(objs, width, height)) return Fail("synth: could not build the calibration objects");
+    if (!FillSynthObjects(objs, width, height)) return Fail("synth: could not build the calibration objects");
 
-    CTempOutput out(path);
-    TSharedPtr<IFile> file = fileSystem()->Open(out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
-    if (!file) return Fail("%s: cannot create the file", out.path().c_str());
-    if (!StartQRTFile(file, objs, true)) return Fail("%s: writing the info blocks failed", path.c_str());
-
-    TArray<uint16_t> frame;
-    frame.resize(size_t(width) * height);
-    const double radius = std::fmin(width, height) / 8.0;
+    CSynthFile out(path);
+    const uint32_t frameSize = width * height * 2;
+    if (!out.Start(objs, frameSize)) return kExitFailure;
+    TArray<unsigned char> frame;
+    frame.resize(frameSize);
     CProgress progress("synth", frames);
     for (unsigned f = 0; f < frames; ++f) {
-        double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
-        double cy = height / 2.0;
         for (unsigned y = 0; y < height; ++y) {
             for (unsigned x = 0; x < width; ++x) {
-                double dx = x - cx, dy = y - cy;
-                double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
-                uint16_t c = CountsOf(t + Noise(x, y, f));
+                const uint16_t c = SynthSceneCounts(x, y, f, width, height, frames);
                 // Frames are little-endian on disk.
-                unsigned char* p = reinterpret_cast<unsigned char*>(&frame[size_t(y) * width + x]);
+                unsigned char* p = &frame[(size_t(y) * width + x) * 2];
                 p[0] = static_cast<unsigned char>(c & 0xff);
                 p[1] = static_cast<unsigned char>(c >> 8);
             }
         }
-        if (!file->WriteBytes(frame.data(), static_cast<unsigned int>(frame.size() * 2)))
-            return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
+        if (!out.AddFrame(frame.data(), frameSize, f)) return kExitFailure;
         progress.Step(f + 1);
     }
     unsigned int counts[4] = {frames, 0, 0, 0};
-    if (!FinishQRTFile(file, counts, true)) return Fail("%s: finishing the recording failed", path.c_str());
-    file.reset();
-    if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
-    return 0;
+    return out.Finish(counts) ? 0 : kExitFailure;
 }
+
+namespace {
+
+// Camera pixel types that synth writes; each writer keeps its own file.
+const SCameraSynth kCameraSynths[] = {
+    {&SynthTLKHandles, &SynthTLK},
+    {&SynthBayerHandles, &SynthBayer},
+};
+
+// A pixel type by the name the tree knows it by, or by the symbol of the
+// table ("guidTLKRV"), letter case aside.
+bool FindPixelType(const std::string& name, SGuid& type)
+{
+    for (const SPixelTypeRow& row : pixelTypeTable) {
+        if (scasecmp(name.c_str(), row.name) == 0 || scasecmp(name.c_str(), row.symbol) == 0) {
+            type = row.id;
+            return true;
+        }
+    }
+    return false;
+}
+
+int RunSynthCamera(const std::string& path, const std::string& typeName, unsigned width, unsigned height,
+                   unsigned frames)
+{
+    SSynthRequest request{path, SGuid{}, width, height, frames};
+    if (!FindPixelType(typeName, request.pixelType)) return Fail("synth: unknown pixel type '%s'", typeName.c_str());
+    if (width < 8 || height < 8 || width > 4096 || height > 4096)
+        return Fail("synth: the size must be at least 8x8 and at most 4096x4096, not %ux%u", width, height);
+    if (frames == 0) return Fail("synth: at least one frame is needed");
+    for (const SCameraSynth& synth : kCameraSynths)
+        if (synth.Handles(request.pixelType)) return synth.Write(request);
+    std::string known;
+    for (const SPixelTypeRow& row : pixelTypeTable)
+        for (const SCameraSynth& synth : kCameraSynths)
+            if (synth.Handles(row.id)) known += std::string(known.empty() ? "" : ", ") + "\"" + row.name + "\"";
+    return Fail("synth: no synthetic recording of pixel type '%s'; known: %s", typeName.c_str(), known.c_str());
+}
+
+} // namespace
 
 void AddSynth(CLI::App& app)
 {
@@ -175,6 +243,7 @@ void AddSynth(CLI::App& app)
         std::string path;
         std::string size = "320x256";
         unsigned frames = 10;
+        std::string pixelType;
     };
     auto args = std::make_shared<SArgs>();
     CLI::App* cmd = app.add_subcommand("synth", "Write a synthetic recording of a known temperature scene");
@@ -184,16 +253,23 @@ void AddSynth(CLI::App& app)
         "temperature from a radiance table. The scene, in Celsius: a background of\n"
         "20 + 15 x / (W - 1), a hot disc at 120 of radius min(W, H) / 8 moving from x = W/4\n"
         "to 3W/4 along y = H/2 over the frames, and deterministic noise of +-0.1.\n"
+        "With --pixel-type the frames are those of a camera: \"TLK-RV\" and \"TLK-MX\" carry the\n"
+        "scene behind a camera header row (IRIG time, sensor temperatures, both lens block\n"
+        "versions), \"BayerRG8\", \"BayerGR8\", \"BayerGB8\", \"BayerBG8\" and \"BayerGRBG\" a colour\n"
+        "scene as a Bayer mosaic.\n"
         "Example: orvreduce synth scene.qrt --size 640x512 --frames 100");
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
+    cmd->add_option("--pixel-type", args->pixelType,
+                    "Write frames of a camera pixel type (\"TLK-RV\", \"BayerRG8\" ...), with its headers");
     cmd->callback([args] {
         unsigned w = 0, h = 0;
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = RunSynth(args->path, w, h, args->frames);
+        int rc = args->pixelType.empty() ? RunSynth(args->path, w, h, args->frames)
+                                         : RunSynthCamera(args->path, args->pixelType, w, h, args->frames);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;
     });
