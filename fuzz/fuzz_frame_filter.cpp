@@ -35,7 +35,8 @@ void RunEveryOperation(IFilter& filter, unsigned char* raw, SGuid pixelType, uin
 
     const auto subFrames = uint16_t(1 + (width & 3));
     const auto subFrameIndex = uint16_t((width >> 2) & 3);
-    std::vector<unsigned char> slot(frameSize / subFrames + 1);
+    // A slot of a sub-frame's share, or one that holds the whole frame.
+    std::vector<unsigned char> slot((height & 1) ? frameSize : frameSize / subFrames + 1);
     filter.StoreFrame(raw, frameSize, pixelType, width, height, subFrames, subFrameIndex, slot.data(),
                       uint32_t(slot.size()));
 
@@ -72,6 +73,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                             : index < 3 + kPixelTypeRowCount ? pixelTypeTable[index - 3].id
                                                              : kHeaderTypes[index - 3 - kPixelTypeRowCount];
     TSharedPtr<IFilter> filter = filterFactory()->CreateForPixelType(pixelType);
+    // JPEG screen frames are decoded by the V410 filter when asked directly.
+    if (!filter && pixelType == guidMJPG) filter = filterFactory()->Create("V410");
     if (!filter) return 0;
 
     // The frame is the caller's own buffer, which the filter may change.

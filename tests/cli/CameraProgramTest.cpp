@@ -153,3 +153,35 @@ TEST_F(CameraProgramTest, BayerRecordingGivesChannelsAndAColourPicture)
 }
 
 } // namespace
+
+TEST_F(CameraProgramTest, V410SarnetAndMX515RecordingsDecode)
+{
+    // Pixel type, and a text that frames prints for the second frame (index 1).
+    const std::pair<const char*, const char*> cases[] = {
+        {"guidV410F7M0", "FrameNumber              1"},
+        {"\"V410 IR (FNM0)\"", "TimeSource               Camera"},
+        {"guidV410GIGE", "DigitalIn1               1 Flag"},
+        {"guidV410GIGEFlip", "Mark                     0 Flag"},
+        {"guidMJLSIR", "TimeSource               Camera"},
+        {"guidV410BGR8", "TimeSource               PC"},
+        {"guidV410UYVY", "TimeSource               PC"},
+        {"guidV410YUY2", "TimeSource               PC"},
+        {"guidSarnetF7M0", "FrameNumber              1"},
+        {"guidSarnetUYVY", "TimeSource               PC"},
+        {"guidMX515F7M2", "TimeSource               Camera"},
+        {"guidMX515F7M3", "TimeSource               PC"},
+        {"guidMX515UYVY", "TimeSource               PC"},
+    };
+    std::string out;
+    for (const auto& [type, expected] : cases) {
+        SCOPED_TRACE(type);
+        ASSERT_EQ(Run(std::string("synth cam.qrt --size 32x16 --frames 3 --pixel-type ") + type), 0)
+            << Slurp(dir + "/.err");
+        ASSERT_EQ(Run("frames cam.qrt --first 1 --count 1", &out), 0) << Slurp(dir + "/.err");
+        EXPECT_NE(out.find(expected), std::string::npos) << out;
+    }
+    // JPEG screen frames are written, but no filter is handed out for them.
+    EXPECT_EQ(Run("synth cam.qrt --size 32x16 --frames 2 --pixel-type guidMJPG"), 0) << Slurp(dir + "/.err");
+    EXPECT_NE(Run("frames cam.qrt"), 0);
+    EXPECT_NE(Slurp(dir + "/.err").find("no filter reads pixel type"), std::string::npos);
+}

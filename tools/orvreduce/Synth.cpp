@@ -201,6 +201,7 @@ namespace {
 
 // Camera pixel types that synth writes; each writer keeps its own file.
 const SCameraSynth kCameraSynths[] = {
+    {&SynthV410Handles, &SynthV410},
     {&SynthTLKHandles, &SynthTLK},
     {&SynthBayerHandles, &SynthBayer},
 };
@@ -256,7 +257,9 @@ void AddSynth(CLI::App& app)
         "With --pixel-type the frames are those of a camera: \"TLK-RV\" and \"TLK-MX\" carry the\n"
         "scene behind a camera header row (IRIG time, sensor temperatures, both lens block\n"
         "versions), \"BayerRG8\", \"BayerGR8\", \"BayerGB8\", \"BayerBG8\" and \"BayerGRBG\" a colour\n"
-        "scene as a Bayer mosaic.\n"
+        "scene as a Bayer mosaic. The V410, R7Q, Sarnet and MX515 types store it with their\n"
+        "camera blocks (both byte orders, a GigE prefix), JPEG-LS or JPEG compressed, or as\n"
+        "BGR and YUV colour video, for example \"V410 IR (GigE)\" or guidMJLSIR.\n"
         "Example: orvreduce synth scene.qrt --size 640x512 --frames 100");
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();

@@ -30,6 +30,10 @@ struct SCameraSynth {
     int (*Write)(const SSynthRequest& request);
 };
 
+// V410, R7Q, Sarnet and MX515: camera blocks, compressed and colour frames
+// (SynthFilters.cpp).
+bool SynthV410Handles(SGuid pixelType);
+int SynthV410(const SSynthRequest& request);
 // TLK-RV and TLK-MX: the scene behind a camera header row (SynthTLK.cpp).
 bool SynthTLKHandles(SGuid pixelType);
 int SynthTLK(const SSynthRequest& request);

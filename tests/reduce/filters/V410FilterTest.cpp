@@ -3,6 +3,11 @@
 #define CHARLS_NO_DEPRECATED_WARNING // the classic calls keep the test short
 #include <charls/charls.h>
 
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
+
+#include <algorithm>
 #include <vector>
 
 #include "reduce/filters/BasicData.h"
@@ -447,4 +452,54 @@ TEST(V410Filter, JpegLsFramesDecodeAndKeepTheCameraTimeOnlyInParseFrame)
     f.Put<uint32_t>(0, uint32_t(f.b.size()), true);
     EXPECT_FALSE(filter.ParseTime(f.b.data(), guidMJLSIR, w, h, uint32_t(f.b.size()), time));
     EXPECT_FALSE(filter.ParseFrame(f.b.data(), guidMJLSIR, w, h, 3, STypedData(), objects, preset));
+}
+
+TEST(V410Filter, JpegFramesDecodeNoFurtherThanTheFrameSize)
+{
+    // A 16 x 16 grey ramp, as a camera's screen stream would send it.
+    const unsigned w = 16, h = 16;
+    std::vector<unsigned char> rgb(w * h * 3);
+    for (size_t i = 0; i < rgb.size(); ++i) rgb[i] = static_cast<unsigned char>(i / 3 % w * 16);
+    jpeg_compress_struct c{};
+    jpeg_error_mgr err{};
+    c.err = jpeg_std_error(&err);
+    jpeg_create_compress(&c);
+    unsigned char* mem = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&c, &mem, &size);
+    c.image_width = w;
+    c.image_height = h;
+    c.input_components = 3;
+    c.in_color_space = JCS_RGB;
+    jpeg_set_defaults(&c);
+    jpeg_set_quality(&c, 100, TRUE);
+    jpeg_start_compress(&c, TRUE);
+    while (c.next_scanline < h) {
+        JSAMPROW row = rgb.data() + c.next_scanline * w * 3;
+        jpeg_write_scanlines(&c, &row, 1);
+    }
+    jpeg_finish_compress(&c);
+    jpeg_destroy_compress(&c);
+    std::vector<unsigned char> frame(mem, mem + size);
+    free(mem);
+
+    // The decode is given the frame's size as the output's: a stream shorter
+    // than the image fills only that many bytes; a padded frame the whole image.
+    for (size_t padding : {size_t(0), rgb.size()}) {
+        std::vector<unsigned char> f = frame;
+        f.resize(frame.size() + padding, 0);
+        std::vector<unsigned char> out(rgb.size() + 1, 0xEE);
+        CV410Filter filter;
+        CReduceObjectArray objects;
+        uint8_t preset = 0;
+        ASSERT_TRUE(filter.ParseFrame(f.data(), guidMJPG, w, h, uint32_t(f.size()), STypedData(out.data(), dtRGB24),
+                                      objects, preset));
+        const size_t written = std::min(f.size(), rgb.size());
+        for (size_t i = 0; i < written; ++i) {
+            EXPECT_NEAR(out[i], rgb[i], 3) << i;
+        }
+        for (size_t i = written; i < out.size(); ++i) {
+            EXPECT_EQ(out[i], 0xEE) << i;
+        }
+    }
 }
