@@ -63,8 +63,8 @@ bool CGenericFilter::ParseFrame(unsigned char* frame, SGuid pixelType, uint16_t 
 
     TSharedPtr<CSourceInfoReduceObject> source =
         objects.GetObjectOfType(CSourceInfoReduceObject::typeID, -1, false).DynamicCast<CSourceInfoReduceObject>();
-    TSharedPtr<CFrameInfoReduceObject> info =
-        objects.GetObjectOfType(CFrameInfoReduceObject::typeID, 0, true).DynamicCast<CFrameInfoReduceObject>();
+    // The frame info exists from here on, also when the frame is refused below.
+    objects.GetObjectOfType(CFrameInfoReduceObject::typeID, 0, true);
 
     const bool wantPixels = pixels.data != nullptr;
     if (wantPixels && !source) return false;
@@ -79,15 +79,7 @@ bool CGenericFilter::ParseFrame(unsigned char* frame, SGuid pixelType, uint16_t 
         if (needed > 0 && !frame) return false;
     }
 
-    if (info) {
-        info->preset = 0;
-        info->valid = true;
-        info->frame = m_frameCounter;
-        info->time = CurrentTime();
-        info->timeSource = timeSourcePC;
-        info->extra.Clear();
-    }
-    ++m_frameCounter; // 16-bit: 65535 is followed by 0
+    NextFrameInfo(objects);
 
     if (wantPixels) {
         if (pixels.type == dtUInt8) {
@@ -101,6 +93,21 @@ bool CGenericFilter::ParseFrame(unsigned char* frame, SGuid pixelType, uint16_t 
     }
     preset = 0;
     return true;
+}
+
+void CGenericFilter::NextFrameInfo(CReduceObjectArray& objects)
+{
+    TSharedPtr<CFrameInfoReduceObject> info =
+        objects.GetObjectOfType(CFrameInfoReduceObject::typeID, 0, true).DynamicCast<CFrameInfoReduceObject>();
+    if (info) {
+        info->preset = 0;
+        info->valid = true;
+        info->frame = m_frameCounter;
+        info->time = CurrentTime();
+        info->timeSource = timeSourcePC;
+        info->extra.Clear();
+    }
+    ++m_frameCounter; // 16-bit: 65535 is followed by 0
 }
 
 bool CGenericFilter::ParsePreset(unsigned char*, SGuid, uint16_t, uint16_t, uint32_t, uint8_t& preset)

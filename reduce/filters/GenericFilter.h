@@ -41,6 +41,12 @@ public:
     uint16_t frameCounter() const { return m_frameCounter; }
     void setFrameCounter(uint16_t value) { m_frameCounter = value; }
 
+protected:
+    // The preset 0 frame info of a frame without a camera header: frame
+    // number from the counter, which then advances, time now from the PC,
+    // extra entries cleared. For the filters of bare frames built on this one.
+    void NextFrameInfo(CReduceObjectArray& objects);
+
 private:
     uint16_t m_frameCounter = 0; // wraps from 65535 to 0
 };

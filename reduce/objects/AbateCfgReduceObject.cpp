@@ -84,38 +84,30 @@ bool CAbateCfgReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVersio
         return true;
     }
 
+    // Four entries up to 0x1FFFF, eight after; the rest of the local record stays zero.
+    const bool four = fileVersion <= 0x1FFFF;
+    const uint32_t size = four ? rec::kSizeV1 : rec::kSize;
+    const uint32_t entries = four ? rec::kEntriesV1 : rec::kEntries;
     unsigned char r[rec::kSize] = {};
-    if (fileVersion <= 0x1FFFF) {
-        // Four entries; the rest of the local record stays zero.
-        if (!file->ReadBytes(r, rec::kSizeV1)) return false;
-        if (GetRecordValue<uint32_t>(r, rec::recordSize) != rec::kSizeV1 ||
-            GetRecordValue<uint32_t>(r, rec::version) > 0x1FFFF ||
-            GetRecordValue<uint8_t>(r, rec::entryCount) != rec::kEntriesV1)
-            return false;
-        for (uint32_t i = 0; i < rec::kEntriesV1; ++i)
-            if (GetRecordValue<uint32_t>(r + rec::EntryOffset(i), rec::entry::entrySize) != rec::kEntrySize)
-                return false;
-    } else {
-        if (!file->ReadBytes(r, rec::kSize)) return false;
-        if (GetRecordValue<uint32_t>(r, rec::recordSize) != rec::kSize ||
-            GetRecordValue<uint32_t>(r, rec::version) > 0x2FFFF ||
-            GetRecordValue<uint8_t>(r, rec::entryCount) != rec::kEntries)
-            return false;
-        for (uint32_t i = 0; i < rec::kEntries; ++i)
-            if (GetRecordValue<uint32_t>(r + rec::EntryOffset(i), rec::entry::entrySize) != rec::kEntrySize)
-                return false;
-    }
+    if (!file->ReadBytes(r, size)) return false;
+    rec::SHead head;
+    rec::HeadTable::Read(r, head);
+    if (head.recordSize != size || head.version > (four ? 0x1FFFFu : 0x2FFFFu) || head.entryCount != entries)
+        return false;
+    rec::SEntry e[rec::kEntries];
+    for (uint32_t i = 0; i < rec::kEntries; ++i) rec::EntryTable::Read(r + rec::EntryOffset(i), e[i]);
+    for (uint32_t i = 0; i < entries; ++i)
+        if (e[i].entrySize != rec::kEntrySize) return false;
 
-    source = GetRecordBool(r, rec::source);
-    mode = static_cast<EAbateMode>(GetRecordValue<uint8_t>(r, rec::mode));
+    source = head.source;
+    mode = head.mode;
     for (uint32_t i = 0; i < rec::kEntries; ++i) {
-        const unsigned char* e = r + rec::EntryOffset(i);
-        if (GetRecordValue<uint32_t>(e, rec::entry::entrySize) != 0) {
-            uint8_t k = GetRecordValue<uint8_t>(e, rec::entry::presetIndex);
+        if (e[i].entrySize != 0) {
+            uint8_t k = e[i].presetIndex;
             if (k > 7) k = 7; // out-of-range presets are folded onto the last one, as intended
             order[i] = k;
-            lowLimits[k] = GetRecordValue<uint16_t>(e, rec::entry::lowLimit);
-            highLimits[k] = GetRecordValue<uint16_t>(e, rec::entry::highLimit);
+            lowLimits[k] = e[i].lowLimit;
+            highLimits[k] = e[i].highLimit;
         } else {
             lowLimits[i] = kDefaultLow;
             highLimits[i] = kDefaultHigh;
@@ -128,19 +120,13 @@ bool CAbateCfgReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVersio
 bool CAbateCfgReduceObject::Save(TSharedPtr<IFile> file, unsigned int flags)
 {
     if (!file) return false;
-    unsigned char r[rec::kSize] = {};
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
-    PutRecordBool(r, rec::source, source || (flags & kSaveAsSource) != 0);
-    PutRecordValue<uint8_t>(r, rec::mode, static_cast<uint8_t>(mode));
-    PutRecordValue<uint8_t>(r, rec::entryCount, rec::kEntries);
+    unsigned char r[rec::kSize];
+    rec::HeadTable::Write({rec::kSize, version, source || (flags & kSaveAsSource) != 0, mode,
+                           static_cast<uint8_t>(rec::kEntries)},
+                          r);
     for (uint32_t i = 0; i < rec::kEntries; ++i) {
-        unsigned char* e = r + rec::EntryOffset(i);
-        uint8_t k = order[i] > 7 ? 7 : order[i];
-        PutRecordValue<uint32_t>(e, rec::entry::entrySize, rec::kEntrySize);
-        PutRecordValue<uint8_t>(e, rec::entry::presetIndex, k);
-        PutRecordValue<uint16_t>(e, rec::entry::lowLimit, lowLimits[k]);
-        PutRecordValue<uint16_t>(e, rec::entry::highLimit, highLimits[k]);
+        const uint8_t k = order[i] > 7 ? 7 : order[i];
+        rec::EntryTable::Write({rec::kEntrySize, k, lowLimits[k], highLimits[k]}, r + rec::EntryOffset(i));
     }
     return file->WriteBytes(r, rec::kSize);
 }

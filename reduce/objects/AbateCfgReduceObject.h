@@ -23,28 +23,28 @@ inline constexpr uint32_t kSizeV1 = 160;
 inline constexpr uint32_t kEntries = 8;
 inline constexpr uint32_t kEntriesV1 = 4;
 inline constexpr uint32_t kEntrySize = 32;
-inline constexpr SRecordField recordSize{0, 4};
-inline constexpr SRecordField version{4, 4};
-inline constexpr SRecordField source{8, 1};
-inline constexpr SRecordField mode{9, 1};
-inline constexpr SRecordField entryCount{10, 1};
-inline constexpr SRecordField reserved{11, 21};
-inline constexpr SRecordField entries{32, kEntries * kEntrySize};
-inline constexpr SRecordField fields[] = {recordSize, version, source, mode, entryCount, reserved, entries};
-static_assert(RecordFieldsTile(fields, kSize), "abate fields tile 0 to 288");
+struct SHead {
+    uint32_t recordSize = 0;
+    uint32_t version = 0;
+    bool source = false;
+    EAbateMode mode = abateFirstNotSaturated;
+    uint8_t entryCount = 0;
+};
+using HeadTable = TRecordTable<SHead, 32, TField<&SHead::recordSize, 0>, TField<&SHead::version, 4>,
+                               TField<&SHead::source, 8>, TField<&SHead::mode, 9, TAs<uint8_t>>,
+                               TField<&SHead::entryCount, 10>, TReserved<11, 21>>;
 
-// Fields of one entry, relative to the entry's start.
-namespace entry {
-inline constexpr SRecordField entrySize{0, 4};
-inline constexpr SRecordField presetIndex{4, 1};
-inline constexpr SRecordField lowLimit{5, 2};
-inline constexpr SRecordField highLimit{7, 2};
-inline constexpr SRecordField reserved{9, 23};
-inline constexpr SRecordField fields[] = {entrySize, presetIndex, lowLimit, highLimit, reserved};
-static_assert(RecordFieldsTile(fields, kEntrySize), "abate entry fields tile 0 to 32");
-} // namespace entry
+struct SEntry {
+    uint32_t entrySize = 0;
+    uint8_t presetIndex = 0;
+    uint16_t lowLimit = 0;
+    uint16_t highLimit = 0;
+};
+using EntryTable = TRecordTable<SEntry, kEntrySize, TField<&SEntry::entrySize, 0>, TField<&SEntry::presetIndex, 4>,
+                                TField<&SEntry::lowLimit, 5>, TField<&SEntry::highLimit, 7>, TReserved<9, 23>>;
 
-constexpr uint32_t EntryOffset(uint32_t i) { return entries.offset + i * kEntrySize; }
+constexpr uint32_t EntryOffset(uint32_t i) { return HeadTable::kSize + i * kEntrySize; }
+static_assert(EntryOffset(kEntries) == kSize && EntryOffset(kEntriesV1) == kSizeV1);
 } // namespace abateRecord
 
 class CAbateCfgReduceObject : public IReduceObject {

@@ -10,7 +10,7 @@ namespace orv::reduce {
 namespace {
 
 // Size of the block's fixed part that holds the entry count and the two colours.
-constexpr unsigned kColorsEnd = 12;
+constexpr unsigned kColorsEnd = colorPalRecord::color2.end();
 
 uint8_t ToByte(double value)
 {
@@ -73,13 +73,12 @@ void CColorPalReduceObject::Build256ColorPalette()
     m_table = new SRGB[kTableEntries]();
 
     // The two colours are stored Y, Cr, Cb; the entries Y, Cb, Cr.
-    const uint8_t* c1 = bytes + offsetof(SColorPal, color1);
-    const uint8_t* c2 = bytes + offsetof(SColorPal, color2);
+    const uint8_t* c1 = bytes + colorPalRecord::color1.offset;
+    const uint8_t* c2 = bytes + colorPalRecord::color2.offset;
     YCbCrtoRGB(c1[0], c1[2], c1[1], m_colors[0].red, m_colors[0].green, m_colors[0].blue);
     YCbCrtoRGB(c2[0], c2[2], c2[1], m_colors[1].red, m_colors[1].green, m_colors[1].blue);
 
-    uint16_t count = 0;
-    std::memcpy(&count, bytes, sizeof count);
+    const uint16_t count = Get(bytes, colorPalRecord::numEntries);
     // The entry count is bounded by the table and by the bytes actually held.
     unsigned available = m_size > SColorPal::kEntriesOffset ? (m_size - SColorPal::kEntriesOffset) / 3 : 0;
     unsigned n = count;

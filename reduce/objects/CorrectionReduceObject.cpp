@@ -228,12 +228,12 @@ bool CCorrectionReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVers
     if (fileVersion > 0x10000) {
         unsigned char r[rec::kSize] = {};
         if (!file->ReadBytes(r, rec::kSize)) return false;
-        if (GetRecordValue<uint32_t>(r, rec::headerSize) != rec::kSize ||
-            GetRecordValue<uint32_t>(r, rec::version) >= 0x20000)
-            return false;
-        w = GetRecordValue<uint32_t>(r, rec::width);
-        h = GetRecordValue<uint32_t>(r, rec::height);
-        mask = GetRecordValue<uint8_t>(r, rec::planes);
+        rec::SHead head;
+        rec::Table::Read(r, head);
+        if (Get(r, kRecordSize) != rec::kSize || head.version >= 0x20000) return false;
+        w = head.width;
+        h = head.height;
+        mask = head.planes;
     } else {
         if (!file->GetUInt32(w) || !file->GetUInt32(h) || !file->GetUInt8(mask)) return false;
     }
@@ -270,12 +270,8 @@ bool CCorrectionReduceObject::Save(TSharedPtr<IFile> file, unsigned int /*flags*
     if (offsets) mask |= planeOffsets;
     if (badPixels && replacements) mask |= planeBadPixels;
 
-    unsigned char r[rec::kSize] = {};
-    PutRecordValue<uint32_t>(r, rec::headerSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
-    PutRecordValue<uint32_t>(r, rec::width, width);
-    PutRecordValue<uint32_t>(r, rec::height, height);
-    PutRecordValue<uint8_t>(r, rec::planes, mask);
+    unsigned char r[rec::kSize];
+    rec::Table::Write(rec::SHead{version, width, height, mask}, r);
     if (!file->WriteBytes(r, rec::kSize)) return false;
 
     // Tables are stored in sensor orientation; the object is put back after.

@@ -14,15 +14,17 @@ namespace orv::reduce {
 // The packed header of payload versions above 0x10000: 32 bytes, then the
 // planes present, in the order gains, offsets, bad pixels, replacements.
 namespace correctionRecord {
+// The header before the planes.
+struct SHead {
+    uint32_t version = 0;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    uint8_t planes = 0;
+};
 inline constexpr uint32_t kSize = 32;
-inline constexpr SRecordField headerSize{0, 4};
-inline constexpr SRecordField version{4, 4};
-inline constexpr SRecordField width{8, 4};
-inline constexpr SRecordField height{12, 4};
-inline constexpr SRecordField planes{16, 1};
-inline constexpr SRecordField reserved{17, 15};
-inline constexpr SRecordField fields[] = {headerSize, version, width, height, planes, reserved};
-static_assert(RecordFieldsTile(fields, kSize), "correction header fields tile 0 to 32");
+using Table = TRecordTable<SHead, kSize, TConst<0, uint32_t, kSize>, TField<&SHead::version, 4>,
+                           TField<&SHead::width, 8>, TField<&SHead::height, 12>, TField<&SHead::planes, 16>,
+                           TReserved<17, 15>>;
 } // namespace correctionRecord
 
 class CCorrectionReduceObject : public IReduceObject {

@@ -34,22 +34,16 @@ bool CFOVReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVersion, un
     unsigned char r[rec::kSize] = {};
     if (!file->ReadBytes(r, rec::kSize)) return false;
     // Up to and including 2.0, unlike the object parameters' limit.
-    if (GetRecordValue<uint32_t>(r, rec::recordSize) != rec::kSize ||
-        GetRecordValue<uint32_t>(r, rec::version) > 0x20000)
-        return false;
-    iHFov = GetRecordValue<double>(r, rec::iHFov);
-    iVFov = GetRecordValue<double>(r, rec::iVFov);
+    if (Get(r, kRecordSize) != rec::kSize || Get(r, kRecordVersion) > 0x20000) return false;
+    rec::Table::Read(r, *this);
     return true;
 }
 
 bool CFOVReduceObject::Save(TSharedPtr<IFile> file, unsigned int /*flags*/)
 {
     if (!file) return false;
-    unsigned char r[rec::kSize] = {};
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
-    PutRecordValue<double>(r, rec::iHFov, iHFov);
-    PutRecordValue<double>(r, rec::iVFov, iVFov);
+    unsigned char r[rec::kSize];
+    rec::Table::Write(*this, r);
     return file->WriteBytes(r, rec::kSize);
 }
 

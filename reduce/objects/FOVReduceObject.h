@@ -8,17 +8,6 @@
 
 namespace orv::reduce {
 
-// The packed payload of versions above 0x10000: 64 bytes.
-namespace fovRecord {
-inline constexpr uint32_t kSize = 64;
-inline constexpr SRecordField recordSize{0, 4};
-inline constexpr SRecordField version{4, 4};
-inline constexpr SRecordField iHFov{8, 8};
-inline constexpr SRecordField iVFov{16, 8};
-inline constexpr SRecordField reserved{24, 40};
-inline constexpr SRecordField fields[] = {recordSize, version, iHFov, iVFov, reserved};
-static_assert(RecordFieldsTile(fields, kSize), "FOV fields tile 0 to 64");
-} // namespace fovRecord
 
 class CFOVReduceObject : public IReduceObject {
 public:
@@ -39,5 +28,13 @@ public:
     double iHFov = 0;
     double iVFov = 0;
 };
+
+// The packed payload of versions above 0x10000: 64 bytes.
+namespace fovRecord {
+using C = CFOVReduceObject;
+inline constexpr uint32_t kSize = 64;
+using Table = TRecordTable<C, kSize, TConst<0, uint32_t, kSize>, TWriteOnly<TField<&C::version, 4>>,
+                           TField<&C::iHFov, 8>, TField<&C::iVFov, 16>, TReserved<24, 40>>;
+} // namespace fovRecord
 
 } // namespace orv::reduce

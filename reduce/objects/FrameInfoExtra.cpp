@@ -1,6 +1,7 @@
 #include "reduce/objects/FrameInfoExtra.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace orv::reduce {
 
@@ -43,6 +44,24 @@ void CFrameInfoExtra::SetValue(const CString& name, const CString& value, const 
     entry.value = value;
     entry.unit = unit;
     entry.type = type;
+}
+
+void CFrameInfoExtra::SetAt(unsigned int index, const char* name, const char* value, size_t valueLength,
+                            const char* unit, const char* type)
+{
+    if (index > m_entries.size()) return;
+    if (index == m_entries.size()) m_entries.add(SEntry());
+    SEntry& entry = m_entries.get(index);
+    if (std::strcmp(entry.name.c_str(), name) != 0) entry.name = name;
+    entry.value.Copy(value, static_cast<int>(valueLength));
+    if (std::strcmp(entry.unit.c_str(), unit) != 0) entry.unit = unit;
+    if (std::strcmp(entry.type.c_str(), type) != 0) entry.type = type;
+    if (!entry.className.empty()) entry.className = CString();
+}
+
+void CFrameInfoExtra::Truncate(unsigned int count)
+{
+    if (count < m_entries.size()) m_entries.resize(count);
 }
 
 void CFrameInfoExtra::AddPlaceholder(const CString& name, const CString& unit, const CString& type)

@@ -62,6 +62,14 @@ public:
     // silently ignored.
     void Add(const CString& name, const CString& value, const CString& unit, const CString& type);
     void SetValue(const CString& name, const CString& value, const CString& unit, const CString& type);
+    // For a filter that refills the list frame after frame with the same
+    // distinct names (none of them fixed): SetAt(0 ...), SetAt(1 ...) and so
+    // on, then Truncate(count), leave the list as Clear() and Add() of each
+    // would, but keep the texts that did not change instead of making them
+    // anew. SetAt takes an index up to nValues(); a larger one does nothing.
+    void SetAt(unsigned int index, const char* name, const char* value, size_t valueLength, const char* unit,
+               const char* type);
+    void Truncate(unsigned int count);
     // As SetValue, but an existing value stays and a new entry's is empty.
     void AddPlaceholder(const CString& name, const CString& unit, const CString& type);
     void SetUnit(const CString& name, const CString& unit);

@@ -42,36 +42,13 @@ bool CMarloweFactoryCalReduceObject::CreateLUT(int n)
     return true;
 }
 
-void CMarloweFactoryCalReduceObject::CopyFieldsTo(CMarloweFactoryCalReduceObject& t) const
-{
-    t.polyOrder = polyOrder;
-    std::copy(coeffs, coeffs + 7, t.coeffs);
-    t.signalOffset = signalOffset;
-    t.rbfR = rbfR;
-    t.rbfB = rbfB;
-    t.rbfF = rbfF;
-    t.tableKind = tableKind;
-    std::copy(extra, extra + 9, t.extra);
-    t.atmX = atmX;
-    t.atmA1 = atmA1;
-    t.atmA2 = atmA2;
-    t.atmB1 = atmB1;
-    t.atmB2 = atmB2;
-    t.minTemperature = minTemperature;
-    t.maxTemperature = maxTemperature;
-    t.minRadiance = minRadiance;
-    t.maxRadiance = maxRadiance;
-    t.minCounts = minCounts;
-    t.maxCounts = maxCounts;
-}
-
 TSharedPtr<IReduceObject> CMarloweFactoryCalReduceObject::Duplicate() const
 {
     TSharedPtr<IReduceObject> copy = reduceObjectFactory().CreateByTypeID(typeID);
     auto* target = dynamic_cast<CMarloweFactoryCalReduceObject*>(copy.get());
     if (!target) return TSharedPtr<IReduceObject>();
     CopyCommonTo(*target);
-    CopyFieldsTo(*target);
+    rec::Table::Copy(*this, *target);
     target->CreateLUT(tableSize);
     if (tableSize > 0) {
         std::copy(tableA, tableA + tableSize, target->tableA);
@@ -84,7 +61,7 @@ void CMarloweFactoryCalReduceObject::Default()
 {
     IReduceObject::Default();
     CMarloweFactoryCalReduceObject zero;
-    zero.CopyFieldsTo(*this);
+    rec::Table::Copy(zero, *this);
     CreateLUT(0);
 }
 
@@ -116,31 +93,10 @@ bool CMarloweFactoryCalReduceObject::Load(TSharedPtr<IFile> file, unsigned int f
 
     unsigned char r[rec::kSize];
     if (!f.ReadBytes(r, rec::kSize)) return false;
-    if (GetRecordValue<uint32_t>(r, rec::recordSize) != rec::kSize ||
-        GetRecordValue<uint32_t>(r, rec::version) > 0x1FFFF)
-        return false;
-    const int32_t n = GetRecordValue<int32_t>(r, rec::tableSize);
+    if (Get(r, kRecordSize) != rec::kSize || Get(r, kRecordVersion) > 0x1FFFF) return false;
+    const int32_t n = Get(r, rec::tableSize);
     if (!TablesFit(n, f)) return false;
-
-    polyOrder = GetRecordValue<int32_t>(r, rec::polyOrder);
-    for (uint32_t i = 0; i < 7; ++i) coeffs[i] = GetRecordValue<double>(r, rec::Element(rec::coeffs, i));
-    signalOffset = GetRecordValue<double>(r, rec::signalOffset);
-    tableKind = GetRecordValue<int32_t>(r, rec::tableKind);
-    for (uint32_t i = 0; i < 9; ++i) extra[i] = GetRecordValue<double>(r, rec::Element(rec::extra, i));
-    rbfR = GetRecordValue<double>(r, rec::rbfR);
-    rbfB = GetRecordValue<double>(r, rec::rbfB);
-    rbfF = GetRecordValue<double>(r, rec::rbfF);
-    atmX = GetRecordValue<double>(r, rec::atmX);
-    atmA1 = GetRecordValue<double>(r, rec::atmA1);
-    atmA2 = GetRecordValue<double>(r, rec::atmA2);
-    atmB1 = GetRecordValue<double>(r, rec::atmB1);
-    atmB2 = GetRecordValue<double>(r, rec::atmB2);
-    minTemperature = GetRecordValue<float>(r, rec::minTemperature);
-    maxTemperature = GetRecordValue<float>(r, rec::maxTemperature);
-    minRadiance = GetRecordValue<float>(r, rec::minRadiance);
-    maxRadiance = GetRecordValue<float>(r, rec::maxRadiance);
-    minCounts = GetRecordValue<uint16_t>(r, rec::minCounts);
-    maxCounts = GetRecordValue<uint16_t>(r, rec::maxCounts);
+    rec::Table::Read(r, *this);
     CreateLUT(n);
     if (tableSize > 0) {
         const unsigned int bytes = static_cast<unsigned int>(tableSize) * 8;
@@ -152,30 +108,10 @@ bool CMarloweFactoryCalReduceObject::Load(TSharedPtr<IFile> file, unsigned int f
 bool CMarloweFactoryCalReduceObject::Save(TSharedPtr<IFile> file, unsigned int /*flags*/)
 {
     if (!file) return false;
-    unsigned char r[rec::kSize] = {};
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
-    PutRecordValue<int32_t>(r, rec::polyOrder, polyOrder);
-    for (uint32_t i = 0; i < 7; ++i) PutRecordValue<double>(r, rec::Element(rec::coeffs, i), coeffs[i]);
-    PutRecordValue<double>(r, rec::signalOffset, signalOffset);
-    PutRecordValue<int32_t>(r, rec::tableKind, tableKind);
-    for (uint32_t i = 0; i < 9; ++i) PutRecordValue<double>(r, rec::Element(rec::extra, i), extra[i]);
-    PutRecordValue<double>(r, rec::rbfR, rbfR);
-    PutRecordValue<double>(r, rec::rbfB, rbfB);
-    PutRecordValue<double>(r, rec::rbfF, rbfF);
-    PutRecordValue<double>(r, rec::atmX, atmX);
-    PutRecordValue<double>(r, rec::atmA1, atmA1);
-    PutRecordValue<double>(r, rec::atmA2, atmA2);
-    PutRecordValue<double>(r, rec::atmB1, atmB1);
-    PutRecordValue<double>(r, rec::atmB2, atmB2);
-    PutRecordValue<float>(r, rec::minTemperature, minTemperature);
-    PutRecordValue<float>(r, rec::maxTemperature, maxTemperature);
-    PutRecordValue<float>(r, rec::minRadiance, minRadiance);
-    PutRecordValue<float>(r, rec::maxRadiance, maxRadiance);
-    PutRecordValue<uint16_t>(r, rec::minCounts, minCounts);
-    PutRecordValue<uint16_t>(r, rec::maxCounts, maxCounts);
+    unsigned char r[rec::kSize];
+    rec::Table::Write(*this, r);
     const int32_t n = tableSize > 0 && tableA && tableB && TableBytes(tableSize) <= 0xFFFFFFFFu ? tableSize : 0;
-    PutRecordValue<int32_t>(r, rec::tableSize, n);
+    Put(r, rec::tableSize, n);
     if (!file->WriteBytes(r, rec::kSize)) return false;
     if (n > 0) {
         const unsigned int bytes = static_cast<unsigned int>(n) * 8;

@@ -10,41 +10,6 @@
 
 namespace orv::reduce {
 
-// The packed record of versions above 0x10000: 512 bytes, followed by
-// tableA and tableB of tableSize doubles each.
-namespace marloweRecord {
-inline constexpr uint32_t kSize = 512;
-inline constexpr SRecordField recordSize{0, 4};
-inline constexpr SRecordField version{4, 4};
-inline constexpr SRecordField polyOrder{8, 4};
-inline constexpr SRecordField coeffs{12, 56};
-inline constexpr SRecordField signalOffset{68, 8};
-inline constexpr SRecordField tableKind{76, 4};
-inline constexpr SRecordField extra{80, 72};
-inline constexpr SRecordField rbfR{152, 8};
-inline constexpr SRecordField rbfB{160, 8};
-inline constexpr SRecordField rbfF{168, 8};
-inline constexpr SRecordField atmX{176, 8};
-inline constexpr SRecordField atmA1{184, 8};
-inline constexpr SRecordField atmA2{192, 8};
-inline constexpr SRecordField atmB1{200, 8};
-inline constexpr SRecordField atmB2{208, 8};
-inline constexpr SRecordField minTemperature{216, 4};
-inline constexpr SRecordField maxTemperature{220, 4};
-inline constexpr SRecordField minRadiance{224, 4};
-inline constexpr SRecordField maxRadiance{228, 4};
-inline constexpr SRecordField minCounts{232, 2};
-inline constexpr SRecordField maxCounts{234, 2};
-inline constexpr SRecordField tableSize{236, 4};
-inline constexpr SRecordField reserved{240, 272};
-inline constexpr SRecordField fields[] = {recordSize, version, polyOrder, coeffs, signalOffset, tableKind,
-                                          extra, rbfR, rbfB, rbfF, atmX, atmA1, atmA2, atmB1, atmB2,
-                                          minTemperature, maxTemperature, minRadiance, maxRadiance,
-                                          minCounts, maxCounts, tableSize, reserved};
-static_assert(RecordFieldsTile(fields, kSize), "Marlowe fields tile 0 to 512");
-// The n-th double of an array field.
-constexpr SRecordField Element(SRecordField array, uint32_t n) { return {array.offset + 8 * n, 8}; }
-} // namespace marloweRecord
 
 class CMarloweFactoryCalReduceObject : public IReduceObject {
 public:
@@ -88,5 +53,23 @@ public:
     // code keeps such a copy, which owns nothing.
     void CopyFieldsTo(CMarloweFactoryCalReduceObject& target) const;
 };
+
+// The packed record of versions above 0x10000: 512 bytes, followed by
+// tableA and tableB of tableSize doubles each. The table size is written from
+// the tables actually held and read before them, so the table neither reads
+// nor copies it.
+namespace marloweRecord {
+using C = CMarloweFactoryCalReduceObject;
+inline constexpr uint32_t kSize = 512;
+inline constexpr TAt<int32_t> tableSize{236};
+using Table = TRecordTable<
+    C, kSize, TConst<0, uint32_t, kSize>, TWriteOnly<TField<&C::version, 4>>, TField<&C::polyOrder, 8>,
+    TField<&C::coeffs, 12>, TField<&C::signalOffset, 68>, TField<&C::tableKind, 76>, TField<&C::extra, 80>,
+    TField<&C::rbfR, 152>, TField<&C::rbfB, 160>, TField<&C::rbfF, 168>, TField<&C::atmX, 176>,
+    TField<&C::atmA1, 184>, TField<&C::atmA2, 192>, TField<&C::atmB1, 200>, TField<&C::atmB2, 208>,
+    TField<&C::minTemperature, 216>, TField<&C::maxTemperature, 220>, TField<&C::minRadiance, 224>,
+    TField<&C::maxRadiance, 228>, TField<&C::minCounts, 232>, TField<&C::maxCounts, 234>,
+    TWriteOnly<TField<&C::tableSize, tableSize.offset>>, TReserved<240, 272>>;
+} // namespace marloweRecord
 
 } // namespace orv::reduce

@@ -54,41 +54,18 @@ bool CObjectParametersReduceObject::Load(TSharedPtr<IFile> file, unsigned int fi
     }
     unsigned char r[rec::kSize] = {};
     if (!file->ReadBytes(r, rec::kSize)) return false;
-    if (GetRecordValue<uint32_t>(r, rec::recordSize) != rec::kSize ||
-        GetRecordValue<uint32_t>(r, rec::version) >= 0x20000)
-        return false;
-    source = GetRecordBool(r, rec::source);
-    emissivity = GetRecordValue<float>(r, rec::emissivity);
-    distance = GetRecordValue<float>(r, rec::distance);
-    reflectedTemp = GetRecordValue<float>(r, rec::reflectedTemp);
-    atmosphereTemp = GetRecordValue<float>(r, rec::atmosphereTemp);
-    extOpticsTemp = GetRecordValue<float>(r, rec::extOpticsTemp);
-    extOpticsTransmission = GetRecordValue<float>(r, rec::extOpticsTransmission);
-    estAtmosphericTransmission = GetRecordValue<float>(r, rec::estAtmosphericTransmission);
-    atmosphericTransmission = GetRecordValue<float>(r, rec::atmosphericTransmission);
-    relativeHumidity = GetRecordValue<float>(r, rec::relativeHumidity);
-    reserved = GetRecordValue<uint32_t>(r, rec::reservedWord);
+    if (Get(r, kRecordSize) != rec::kSize || Get(r, kRecordVersion) >= 0x20000) return false;
+    rec::Table::Read(r, *this);
     return true;
 }
 
 bool CObjectParametersReduceObject::Save(TSharedPtr<IFile> file, unsigned int flags)
 {
     if (!file) return false;
-    unsigned char r[rec::kSize] = {};
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
+    unsigned char r[rec::kSize];
+    rec::Table::Write(*this, r);
     // A new recording always marks its parameters as the source's own.
-    PutRecordBool(r, rec::source, (flags & kFlagStartFile) ? true : source);
-    PutRecordValue<float>(r, rec::emissivity, emissivity);
-    PutRecordValue<float>(r, rec::distance, distance);
-    PutRecordValue<float>(r, rec::reflectedTemp, reflectedTemp);
-    PutRecordValue<float>(r, rec::atmosphereTemp, atmosphereTemp);
-    PutRecordValue<float>(r, rec::extOpticsTemp, extOpticsTemp);
-    PutRecordValue<float>(r, rec::extOpticsTransmission, extOpticsTransmission);
-    PutRecordValue<float>(r, rec::estAtmosphericTransmission, estAtmosphericTransmission);
-    PutRecordValue<float>(r, rec::atmosphericTransmission, atmosphericTransmission);
-    PutRecordValue<float>(r, rec::relativeHumidity, relativeHumidity);
-    PutRecordValue<uint32_t>(r, rec::reservedWord, reserved);
+    if (flags & kFlagStartFile) r[rec::source::field.offset] = 1;
     return file->WriteBytes(r, rec::kSize);
 }
 
@@ -108,17 +85,7 @@ void CObjectParametersReduceObject::CopyTo(CObjectParametersReduceObject* other)
 {
     if (!other || other == this) return;
     CopyCommonTo(*other);
-    other->source = source;
-    other->emissivity = emissivity;
-    other->distance = distance;
-    other->reflectedTemp = reflectedTemp;
-    other->atmosphereTemp = atmosphereTemp;
-    other->extOpticsTemp = extOpticsTemp;
-    other->extOpticsTransmission = extOpticsTransmission;
-    other->estAtmosphericTransmission = estAtmosphericTransmission;
-    other->atmosphericTransmission = atmosphericTransmission;
-    other->relativeHumidity = relativeHumidity;
-    other->reserved = reserved;
+    rec::Table::Copy(*this, *other);
 }
 
 } // namespace orv::reduce

@@ -9,33 +9,6 @@
 
 namespace orv::reduce {
 
-// The packed payload of versions above 0x10000: 96 bytes.
-namespace objectParametersRecord {
-inline constexpr uint32_t kSize = 96;
-
-inline constexpr SRecordField recordSize{0, 4};
-inline constexpr SRecordField version{4, 4};
-inline constexpr SRecordField source{8, 1};
-inline constexpr SRecordField emissivity{9, 4};
-inline constexpr SRecordField distance{13, 4};
-inline constexpr SRecordField reflectedTemp{17, 4};
-inline constexpr SRecordField atmosphereTemp{21, 4};
-inline constexpr SRecordField extOpticsTemp{25, 4};
-inline constexpr SRecordField extOpticsTransmission{29, 4};
-inline constexpr SRecordField estAtmosphericTransmission{33, 4};
-inline constexpr SRecordField atmosphericTransmission{37, 4};
-inline constexpr SRecordField relativeHumidity{41, 4};
-inline constexpr SRecordField reservedWord{45, 4};
-inline constexpr SRecordField reserved{49, 47};
-
-inline constexpr SRecordField fields[] = {recordSize,     version,       source,
-                                          emissivity,     distance,      reflectedTemp,
-                                          atmosphereTemp, extOpticsTemp, extOpticsTransmission,
-                                          estAtmosphericTransmission,    atmosphericTransmission,
-                                          relativeHumidity,              reservedWord,
-                                          reserved};
-static_assert(RecordFieldsTile(fields, kSize), "object parameter fields tile 0 to 96");
-} // namespace objectParametersRecord
 
 class CObjectParametersReduceObject : public IReduceObject {
 public:
@@ -74,5 +47,19 @@ public:
     float relativeHumidity = 0.3f;
     uint32_t reserved = 255;
 };
+
+// The packed payload of versions above 0x10000: 96 bytes.
+namespace objectParametersRecord {
+using C = CObjectParametersReduceObject;
+inline constexpr uint32_t kSize = 96;
+using recordSize = TConst<0, uint32_t, kSize>;
+using version = TWriteOnly<TField<&C::version, 4>>;
+using source = TField<&C::source, 8>;
+using Table = TRecordTable<C, kSize, recordSize, version, source, TField<&C::emissivity, 9>,
+                           TField<&C::distance, 13>, TField<&C::reflectedTemp, 17>, TField<&C::atmosphereTemp, 21>,
+                           TField<&C::extOpticsTemp, 25>, TField<&C::extOpticsTransmission, 29>,
+                           TField<&C::estAtmosphericTransmission, 33>, TField<&C::atmosphericTransmission, 37>,
+                           TField<&C::relativeHumidity, 41>, TField<&C::reserved, 45>, TReserved<49, 47>>;
+} // namespace objectParametersRecord
 
 } // namespace orv::reduce

@@ -4,6 +4,8 @@
 // parts named here are read by this library.
 #include <cstdint>
 
+#include "reduce/objects/PackedRecord.h"
+
 namespace orv {
 
 struct SRGB {
@@ -13,19 +15,23 @@ struct SRGB {
 };
 static_assert(sizeof(SRGB) == 3, "SRGB is three bytes");
 
-// A camera's colour palette block. Colours are stored as three bytes of
-// luminance and colour differences; note the two orders.
-struct SColorPal {
-    static constexpr unsigned kEntriesOffset = 112;
+// A camera's colour palette block, read in place over the bytes held (a
+// block may be cut short). Colours are stored as three bytes of luminance and
+// colour differences; note the two orders.
+namespace reduce::colorPalRecord {
+inline constexpr uint32_t kSize = 880;
+inline constexpr TAt<uint16_t> numEntries{0};
+inline constexpr SRecordField color1{6, 3};    // Y, Cr, Cb
+inline constexpr SRecordField color2{9, 3};    // Y, Cr, Cb
+inline constexpr SRecordField entries{112, 768}; // 256 of Y, Cb, Cr
+inline constexpr SRecordField fields[] = {numEntries, {2, 4}, color1, color2, {12, 100}, entries};
+static_assert(RecordFieldsTile(fields, kSize), "colour palette fields tile 0 to 880");
+} // namespace reduce::colorPalRecord
 
-    uint16_t numEntries;      // 0
-    uint8_t bytes2[4];        // 2
-    uint8_t color1[3];        // 6: Y, Cr, Cb
-    uint8_t color2[3];        // 9: Y, Cr, Cb
-    uint8_t bytes12[100];     // 12
-    uint8_t entries[256][3];  // 112: Y, Cb, Cr each
+struct SColorPal {
+    static constexpr unsigned kEntriesOffset = reduce::colorPalRecord::entries.offset;
+    uint8_t bytes[reduce::colorPalRecord::kSize];
 };
-static_assert(sizeof(SColorPal) == 880, "SColorPal layout");
 
 // A camera's fusion settings block; carried, never interpreted.
 struct SFusion {

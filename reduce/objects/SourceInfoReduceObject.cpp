@@ -14,34 +14,6 @@ namespace {
 constexpr uint32_t kVersion = 0x20000;
 constexpr uint32_t kFirstPackedVersion = 0x10001;
 
-void PresetFromRecord(const unsigned char* p, SPresetInfo& preset)
-{
-    namespace f = rec::preset;
-    preset.available = GetRecordBool(p, f::available);
-    preset.intTime = GetRecordValue<double>(p, f::intTime);
-    preset.intTimeValid = GetRecordBool(p, f::intTimeValid);
-    preset.frameRate = GetRecordValue<float>(p, f::frameRate);
-    preset.frameRateValid = GetRecordBool(p, f::frameRateValid);
-    preset.numFrames = GetRecordValue<uint32_t>(p, f::numFrames);
-    preset.calibrated = GetRecordBool(p, f::calibrated);
-    preset.minTemp = GetRecordValue<double>(p, f::minTemp);
-    preset.maxTemp = GetRecordValue<double>(p, f::maxTemp);
-}
-
-void PresetToRecord(unsigned char* p, const SPresetInfo& preset)
-{
-    namespace f = rec::preset;
-    PutRecordBool(p, f::available, preset.available);
-    PutRecordValue<double>(p, f::intTime, preset.intTime);
-    PutRecordBool(p, f::intTimeValid, preset.intTimeValid);
-    PutRecordValue<float>(p, f::frameRate, preset.frameRate);
-    PutRecordBool(p, f::frameRateValid, preset.frameRateValid);
-    PutRecordValue<uint32_t>(p, f::numFrames, preset.numFrames);
-    PutRecordBool(p, f::calibrated, preset.calibrated);
-    PutRecordValue<double>(p, f::minTemp, preset.minTemp);
-    PutRecordValue<double>(p, f::maxTemp, preset.maxTemp);
-}
-
 bool LoadPresetStream(IFile& file, SPresetInfo& preset)
 {
     return file.GetBool(preset.available) && file.GetFlt64(preset.intTime) && file.GetBool(preset.intTimeValid) &&
@@ -109,102 +81,30 @@ void CSourceInfoReduceObject::Default()
     gps.invalidate();
 }
 
-void CSourceInfoReduceObject::FromRecord(const unsigned char* r)
+void rec::TRectCodec::Get(const unsigned char* p, SRect& v)
 {
-    adBits = GetRecordValue<int32_t>(r, rec::adBits);
-    camera = GetRecordString(r, rec::camera);
-    presetSequencing = GetRecordBool(r, rec::presetSequencing);
-    superframing = GetRecordBool(r, rec::superframing);
-    abated = GetRecordBool(r, rec::abated);
-    dataType = static_cast<EDataType>(GetRecordValue<uint8_t>(r, rec::dataType));
-    imageWidth = GetRecordValue<uint16_t>(r, rec::imageWidth);
-    imageHeight = GetRecordValue<uint16_t>(r, rec::imageHeight);
     int32_t rect[4];
-    std::memcpy(rect, r + rec::offset.offset, sizeof rect);
-    offset = SRect(rect[0], rect[1], rect[2], rect[3]);
-    interlaced = GetRecordBool(r, rec::interlaced);
-    std::memcpy(&pixelType, r + rec::pixelType.offset, sizeof pixelType);
-    adBitShift = GetRecordValue<int32_t>(r, rec::adBitShift);
-    baseUnit = static_cast<EUnit>(GetRecordValue<uint8_t>(r, rec::baseUnit));
-    baseTempType = static_cast<ETempType>(GetRecordValue<uint8_t>(r, rec::baseTempType));
-    frameWidth = GetRecordValue<uint16_t>(r, rec::frameWidth);
-    frameHeight = GetRecordValue<uint16_t>(r, rec::frameHeight);
-    packetWidth = GetRecordValue<uint16_t>(r, rec::packetWidth);
-    packetHeight = GetRecordValue<uint16_t>(r, rec::packetHeight);
-    numFramesPerPacket = GetRecordValue<uint16_t>(r, rec::numFramesPerPacket);
-    time.SetTimestamp(GetRecordValue<int64_t>(r, rec::time), 0);
-    timeValid = GetRecordBool(r, rec::timeValid);
-    cameraModel = GetRecordString(r, rec::cameraModel);
-    cameraPartNumber = GetRecordString(r, rec::cameraPartNumber);
-    cameraSerial = GetRecordString(r, rec::cameraSerial);
-    lens = GetRecordString(r, rec::lens);
-    lensPartNumber = GetRecordString(r, rec::lensPartNumber);
-    lensSerial = GetRecordString(r, rec::lensSerial);
-    filter = GetRecordString(r, rec::filter);
-    filterPartNumber = GetRecordString(r, rec::filterPartNumber);
-    filterSerial = GetRecordString(r, rec::filterSerial);
-    lensFilter = GetRecordString(r, rec::lensFilter);
-    lensFilterPartNumber = GetRecordString(r, rec::lensFilterPartNumber);
-    lensFilterSerial = GetRecordString(r, rec::lensFilterSerial);
-    classifacation = GetRecordString(r, rec::classifacation);
-    bandpassStart = GetRecordValue<double>(r, rec::bandpassStart);
-    bandpassEnd = GetRecordValue<double>(r, rec::bandpassEnd);
-    bandpassValid = GetRecordBool(r, rec::bandpassValid);
-    iHFov = GetRecordValue<double>(r, rec::iHFov);
-    iVFov = GetRecordValue<double>(r, rec::iVFov);
-    fovValid = GetRecordBool(r, rec::fovValid);
-    numPresets = GetRecordValue<uint8_t>(r, rec::numPresets);
-    for (unsigned i = 0; i < rec::kMaxPresets; ++i) PresetFromRecord(r + rec::PresetOffset(i), presets[i]);
+    std::memcpy(rect, p, sizeof rect);
+    v = SRect(rect[0], rect[1], rect[2], rect[3]);
 }
 
-void CSourceInfoReduceObject::ToRecord(unsigned char* r) const
+void rec::TRectCodec::Put(unsigned char* p, const SRect& v)
 {
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
-    PutRecordValue<int32_t>(r, rec::adBits, adBits);
-    PutRecordString(r, rec::camera, camera);
-    PutRecordBool(r, rec::presetSequencing, presetSequencing);
-    PutRecordBool(r, rec::superframing, superframing);
-    PutRecordBool(r, rec::abated, abated);
-    PutRecordValue<uint8_t>(r, rec::dataType, static_cast<uint8_t>(dataType));
-    PutRecordValue<uint16_t>(r, rec::imageWidth, imageWidth);
-    PutRecordValue<uint16_t>(r, rec::imageHeight, imageHeight);
-    const int32_t rect[4] = {offset.left, offset.top, offset.right, offset.bottom};
-    static_assert(sizeof rect == rec::offset.size);
-    std::memcpy(r + rec::offset.offset, rect, sizeof rect);
-    PutRecordBool(r, rec::interlaced, interlaced);
-    PutRecordValue<SGuid>(r, rec::pixelType, pixelType);
-    PutRecordValue<int32_t>(r, rec::adBitShift, adBitShift);
-    PutRecordValue<uint8_t>(r, rec::baseUnit, static_cast<uint8_t>(baseUnit));
-    PutRecordValue<uint8_t>(r, rec::baseTempType, static_cast<uint8_t>(baseTempType));
-    PutRecordValue<uint16_t>(r, rec::frameWidth, frameWidth);
-    PutRecordValue<uint16_t>(r, rec::frameHeight, frameHeight);
-    PutRecordValue<uint16_t>(r, rec::packetWidth, packetWidth);
-    PutRecordValue<uint16_t>(r, rec::packetHeight, packetHeight);
-    PutRecordValue<uint16_t>(r, rec::numFramesPerPacket, numFramesPerPacket);
-    PutRecordValue<int64_t>(r, rec::time, time.GetTimestamp(0));
-    PutRecordBool(r, rec::timeValid, timeValid);
-    PutRecordString(r, rec::cameraModel, cameraModel);
-    PutRecordString(r, rec::cameraPartNumber, cameraPartNumber);
-    PutRecordString(r, rec::cameraSerial, cameraSerial);
-    PutRecordString(r, rec::lens, lens);
-    PutRecordString(r, rec::lensPartNumber, lensPartNumber);
-    PutRecordString(r, rec::lensSerial, lensSerial);
-    PutRecordString(r, rec::filter, filter);
-    PutRecordString(r, rec::filterPartNumber, filterPartNumber);
-    PutRecordString(r, rec::filterSerial, filterSerial);
-    PutRecordString(r, rec::lensFilter, lensFilter);
-    PutRecordString(r, rec::lensFilterPartNumber, lensFilterPartNumber);
-    PutRecordString(r, rec::lensFilterSerial, lensFilterSerial);
-    PutRecordString(r, rec::classifacation, classifacation);
-    PutRecordValue<double>(r, rec::bandpassStart, bandpassStart);
-    PutRecordValue<double>(r, rec::bandpassEnd, bandpassEnd);
-    PutRecordBool(r, rec::bandpassValid, bandpassValid);
-    PutRecordValue<double>(r, rec::iHFov, iHFov);
-    PutRecordValue<double>(r, rec::iVFov, iVFov);
-    PutRecordBool(r, rec::fovValid, fovValid);
-    PutRecordValue<uint8_t>(r, rec::numPresets, numPresets);
-    for (unsigned i = 0; i < rec::kMaxPresets; ++i) PresetToRecord(r + rec::PresetOffset(i), presets[i]);
+    const int32_t rect[4] = {v.left, v.top, v.right, v.bottom};
+    std::memcpy(p, rect, sizeof rect);
+}
+
+void rec::TTimeCodec::Get(const unsigned char* p, CDateTime& v)
+{
+    int64_t stamp;
+    std::memcpy(&stamp, p, sizeof stamp);
+    v.SetTimestamp(stamp, 0);
+}
+
+void rec::TTimeCodec::Put(unsigned char* p, const CDateTime& v)
+{
+    const int64_t stamp = v.GetTimestamp(0);
+    std::memcpy(p, &stamp, sizeof stamp);
 }
 
 bool CSourceInfoReduceObject::LoadTypedStream(IFile& f, unsigned int fileVersion)
@@ -259,26 +159,22 @@ bool CSourceInfoReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVers
     unsigned char record[rec::kSize] = {};
     if (fileVersion < 0x20000) {
         if (!file->ReadBytes(record, rec::kSizeFourPresets)) return false;
-        if (GetRecordValue<uint32_t>(record, rec::recordSize) != rec::kSizeFourPresets ||
-            GetRecordValue<uint32_t>(record, rec::version) > 0x1FFFF)
+        if (Get(record, kRecordSize) != rec::kSizeFourPresets || Get(record, kRecordVersion) > 0x1FFFF)
             return false;
-        PutRecordValue<uint8_t>(record, rec::numPresets, 4);
-        std::memset(record + rec::kSizeFourPresets, 0, rec::kSize - rec::kSizeFourPresets);
+        rec::numPresets::Put(record, 4);
     } else {
         if (!file->ReadBytes(record, rec::kSize)) return false;
-        if (GetRecordValue<uint32_t>(record, rec::recordSize) != rec::kSize ||
-            GetRecordValue<uint32_t>(record, rec::version) > 0x2FFFF)
-            return false;
+        if (Get(record, kRecordSize) != rec::kSize || Get(record, kRecordVersion) > 0x2FFFF) return false;
     }
-    FromRecord(record);
+    rec::Table::Read(record, *this);
     return true;
 }
 
 bool CSourceInfoReduceObject::Save(TSharedPtr<IFile> file, unsigned int /*flags*/)
 {
     if (!file) return false;
-    unsigned char record[rec::kSize] = {};
-    ToRecord(record);
+    unsigned char record[rec::kSize];
+    rec::Table::Write(*this, record);
     return file->WriteBytes(record, rec::kSize);
 }
 
@@ -289,12 +185,12 @@ bool CSourceInfoReduceObject::UpdateNumFrames(void* data, unsigned int size, uns
     if (count == 0) return true;
     if (!numFrames) return false;
     auto* r = static_cast<unsigned char*>(data);
-    const bool isAbated = GetRecordBool(r, rec::abated);
+    const bool isAbated = rec::abated::Get(r);
     for (unsigned i = 0; i < count; ++i) {
         unsigned char* p = r + rec::PresetOffset(i);
-        PutRecordValue<uint32_t>(p, rec::preset::numFrames, numFrames[i]);
+        rec::preset::numFrames::Put(p, numFrames[i]);
         // An abated recording keeps its preset availability as written.
-        if (!isAbated) PutRecordBool(p, rec::preset::available, numFrames[i] != 0);
+        if (!isAbated) rec::preset::available::Put(p, numFrames[i] != 0);
     }
     return true;
 }
@@ -304,9 +200,9 @@ bool CSourceInfoReduceObject::UpdatePacketing(void* data, unsigned int size, uns
 {
     if (!data || size < rec::kSize) return false;
     auto* r = static_cast<unsigned char*>(data);
-    PutRecordValue<uint16_t>(r, rec::packetWidth, packetWidth);
-    PutRecordValue<uint16_t>(r, rec::packetHeight, packetHeight);
-    PutRecordValue<uint16_t>(r, rec::numFramesPerPacket, numFramesPerPacket);
+    rec::packetWidth::Put(r, packetWidth);
+    rec::packetHeight::Put(r, packetHeight);
+    rec::numFramesPerPacket::Put(r, numFramesPerPacket);
     return true;
 }
 

@@ -24,89 +24,6 @@ struct SPresetInfo {
     double maxTemp = 0;
 };
 
-// The packed payload of version 0x20000 (2048 bytes) and of versions 0x10001
-// to 0x1FFFF (the same, cut after the fourth preset: 1536 bytes).
-namespace sourceInfoRecord {
-inline constexpr uint32_t kSize = 2048;
-inline constexpr uint32_t kSizeFourPresets = 1536;
-inline constexpr uint32_t kPresetsOffset = 1024;
-inline constexpr uint32_t kPresetSize = 128;
-inline constexpr unsigned kMaxPresets = 8;
-
-inline constexpr SRecordField recordSize{0, 4};
-inline constexpr SRecordField version{4, 4};
-inline constexpr SRecordField adBits{8, 4};
-inline constexpr SRecordField camera{12, 64};
-inline constexpr SRecordField presetSequencing{76, 1};
-inline constexpr SRecordField superframing{77, 1};
-inline constexpr SRecordField abated{78, 1};
-inline constexpr SRecordField dataType{79, 1};
-inline constexpr SRecordField imageWidth{80, 2};
-inline constexpr SRecordField imageHeight{82, 2};
-inline constexpr SRecordField offset{84, 16};
-inline constexpr SRecordField interlaced{100, 1};
-inline constexpr SRecordField pixelType{101, 16};
-inline constexpr SRecordField adBitShift{117, 4};
-inline constexpr SRecordField baseUnit{121, 1};
-inline constexpr SRecordField baseTempType{122, 1};
-inline constexpr SRecordField frameWidth{123, 2};
-inline constexpr SRecordField frameHeight{125, 2};
-inline constexpr SRecordField packetWidth{127, 2};
-inline constexpr SRecordField packetHeight{129, 2};
-inline constexpr SRecordField numFramesPerPacket{131, 2};
-inline constexpr SRecordField time{133, 8};
-inline constexpr SRecordField timeValid{141, 1};
-inline constexpr SRecordField cameraModel{142, 32};
-inline constexpr SRecordField cameraPartNumber{174, 16};
-inline constexpr SRecordField cameraSerial{190, 16};
-inline constexpr SRecordField lens{206, 32};
-inline constexpr SRecordField lensPartNumber{238, 16};
-inline constexpr SRecordField lensSerial{254, 16};
-inline constexpr SRecordField filter{270, 32};
-inline constexpr SRecordField filterPartNumber{302, 16};
-inline constexpr SRecordField filterSerial{318, 16};
-inline constexpr SRecordField lensFilter{334, 32};
-inline constexpr SRecordField lensFilterPartNumber{366, 16};
-inline constexpr SRecordField lensFilterSerial{382, 16};
-inline constexpr SRecordField classifacation{398, 32};
-inline constexpr SRecordField bandpassStart{430, 8};
-inline constexpr SRecordField bandpassEnd{438, 8};
-inline constexpr SRecordField bandpassValid{446, 1};
-inline constexpr SRecordField iHFov{447, 8};
-inline constexpr SRecordField iVFov{455, 8};
-inline constexpr SRecordField fovValid{463, 1};
-inline constexpr SRecordField numPresets{464, 1};
-inline constexpr SRecordField reserved{465, 559};
-
-inline constexpr SRecordField header[] = {
-    recordSize, version, adBits, camera, presetSequencing, superframing, abated, dataType, imageWidth,
-    imageHeight, offset, interlaced, pixelType, adBitShift, baseUnit, baseTempType, frameWidth, frameHeight,
-    packetWidth, packetHeight, numFramesPerPacket, time, timeValid, cameraModel, cameraPartNumber,
-    cameraSerial, lens, lensPartNumber, lensSerial, filter, filterPartNumber, filterSerial, lensFilter,
-    lensFilterPartNumber, lensFilterSerial, classifacation, bandpassStart, bandpassEnd, bandpassValid, iHFov,
-    iVFov, fovValid, numPresets, reserved};
-static_assert(RecordFieldsTile(header, kPresetsOffset), "source info header fields tile 0 to 1024");
-
-// Fields of one preset, relative to kPresetsOffset + kPresetSize * index.
-namespace preset {
-inline constexpr SRecordField available{0, 1};
-inline constexpr SRecordField intTime{1, 8};
-inline constexpr SRecordField intTimeValid{9, 1};
-inline constexpr SRecordField frameRate{10, 4};
-inline constexpr SRecordField frameRateValid{14, 1};
-inline constexpr SRecordField numFrames{15, 4};
-inline constexpr SRecordField calibrated{19, 1};
-inline constexpr SRecordField minTemp{20, 8};
-inline constexpr SRecordField maxTemp{28, 8};
-inline constexpr SRecordField reserved{36, 92};
-
-inline constexpr SRecordField fields[] = {available, intTime,   intTimeValid, frameRate, frameRateValid,
-                                          numFrames, calibrated, minTemp,    maxTemp,   reserved};
-static_assert(RecordFieldsTile(fields, kPresetSize), "preset fields tile 0 to 128");
-} // namespace preset
-
-constexpr uint32_t PresetOffset(unsigned index) { return kPresetsOffset + kPresetSize * index; }
-} // namespace sourceInfoRecord
 
 class CSourceInfoReduceObject : public IReduceObject {
 public:
@@ -177,8 +94,68 @@ public:
 
 private:
     bool LoadTypedStream(IFile& file, unsigned int version);
-    void FromRecord(const unsigned char* record);
-    void ToRecord(unsigned char* record) const;
 };
+
+// The packed payload of version 0x20000 (2048 bytes) and of versions 0x10001
+// to 0x1FFFF (the same, cut after the fourth preset: 1536 bytes).
+namespace sourceInfoRecord {
+inline constexpr uint32_t kSize = 2048;
+inline constexpr uint32_t kSizeFourPresets = 1536;
+inline constexpr uint32_t kPresetsOffset = 1024;
+inline constexpr uint32_t kPresetSize = 128;
+inline constexpr unsigned kMaxPresets = 8;
+
+// Fields of one preset, relative to kPresetsOffset + kPresetSize * index.
+namespace preset {
+using P = SPresetInfo;
+using available = TField<&P::available, 0>;
+using numFrames = TField<&P::numFrames, 15>;
+using Table = TRecordTable<P, kPresetSize, available, TField<&P::intTime, 1>, TField<&P::intTimeValid, 9>,
+                           TField<&P::frameRate, 10>, TField<&P::frameRateValid, 14>, numFrames,
+                           TField<&P::calibrated, 19>, TField<&P::minTemp, 20>, TField<&P::maxTemp, 28>,
+                           TReserved<36, 92>>;
+} // namespace preset
+
+// left, top, right, bottom as four 32-bit numbers.
+struct TRectCodec {
+    using Type = SRect;
+    static constexpr uint32_t size = 16;
+    static void Get(const unsigned char* p, SRect& v);
+    static void Put(unsigned char* p, const SRect& v);
+};
+// The time as its 64-bit timestamp of kind 0.
+struct TTimeCodec {
+    using Type = CDateTime;
+    static constexpr uint32_t size = 8;
+    static void Get(const unsigned char* p, CDateTime& v);
+    static void Put(unsigned char* p, const CDateTime& v);
+};
+
+using C = CSourceInfoReduceObject;
+using abated = TField<&C::abated, 78>;
+using packetWidth = TField<&C::packetWidth, 127>;
+using packetHeight = TField<&C::packetHeight, 129>;
+using numFramesPerPacket = TField<&C::numFramesPerPacket, 131>;
+using numPresets = TField<&C::numPresets, 464>;
+using Table = TRecordTable<
+    C, kSize, TConst<0, uint32_t, kSize>, TWriteOnly<TField<&C::version, 4>>, TField<&C::adBits, 8>,
+    TField<&C::camera, 12, TText<64>>, TField<&C::presetSequencing, 76>, TField<&C::superframing, 77>, abated,
+    TField<&C::dataType, 79, TAs<uint8_t>>, TField<&C::imageWidth, 80>, TField<&C::imageHeight, 82>,
+    TField<&C::offset, 84, TRectCodec>, TField<&C::interlaced, 100>, TField<&C::pixelType, 101>,
+    TField<&C::adBitShift, 117>, TField<&C::baseUnit, 121, TAs<uint8_t>>,
+    TField<&C::baseTempType, 122, TAs<uint8_t>>, TField<&C::frameWidth, 123>, TField<&C::frameHeight, 125>,
+    packetWidth, packetHeight, numFramesPerPacket, TField<&C::time, 133, TTimeCodec>, TField<&C::timeValid, 141>,
+    TField<&C::cameraModel, 142, TText<32>>, TField<&C::cameraPartNumber, 174, TText<16>>,
+    TField<&C::cameraSerial, 190, TText<16>>, TField<&C::lens, 206, TText<32>>,
+    TField<&C::lensPartNumber, 238, TText<16>>, TField<&C::lensSerial, 254, TText<16>>,
+    TField<&C::filter, 270, TText<32>>, TField<&C::filterPartNumber, 302, TText<16>>,
+    TField<&C::filterSerial, 318, TText<16>>, TField<&C::lensFilter, 334, TText<32>>,
+    TField<&C::lensFilterPartNumber, 366, TText<16>>, TField<&C::lensFilterSerial, 382, TText<16>>,
+    TField<&C::classifacation, 398, TText<32>>, TField<&C::bandpassStart, 430>, TField<&C::bandpassEnd, 438>,
+    TField<&C::bandpassValid, 446>, TField<&C::iHFov, 447>, TField<&C::iVFov, 455>, TField<&C::fovValid, 463>,
+    numPresets, TReserved<465, 559>, TField<&C::presets, kPresetsOffset, TRecords<preset::Table, kMaxPresets>>>;
+
+constexpr uint32_t PresetOffset(unsigned index) { return kPresetsOffset + kPresetSize * index; }
+} // namespace sourceInfoRecord
 
 } // namespace orv::reduce

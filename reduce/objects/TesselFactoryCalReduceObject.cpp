@@ -25,8 +25,8 @@ bool CTesselFactoryCalReduceObject::Register()
 CTesselFactoryCalReduceObject::CTesselFactoryCalReduceObject()
 {
     version = 0x10001;
-    PutRecordValue<uint32_t>(record, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(record, rec::version, version);
+    Put(record, rec::recordSize, rec::kSize);
+    Put(record, rec::version, version);
 }
 
 TSharedPtr<IReduceObject> CTesselFactoryCalReduceObject::Duplicate() const
@@ -43,8 +43,8 @@ void CTesselFactoryCalReduceObject::Default()
 {
     IReduceObject::Default();
     std::memset(record, 0, rec::kSize);
-    PutRecordValue<uint32_t>(record, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(record, rec::version, version);
+    Put(record, rec::recordSize, rec::kSize);
+    Put(record, rec::version, version);
 }
 
 bool CTesselFactoryCalReduceObject::Load(TSharedPtr<IFile> file, unsigned int fileVersion, unsigned int /*flags*/)
@@ -54,17 +54,15 @@ bool CTesselFactoryCalReduceObject::Load(TSharedPtr<IFile> file, unsigned int fi
     if (fileVersion > 0x10000) {
         unsigned char r[rec::kSize];
         if (!f.ReadBytes(r, rec::kSize)) return false;
-        if (GetRecordValue<uint32_t>(r, rec::recordSize) != rec::kSize ||
-            GetRecordValue<uint32_t>(r, rec::version) > 0x1FFFF)
-            return false;
+        if (Get(r, rec::recordSize) != rec::kSize || Get(r, rec::version) > 0x1FFFF) return false;
         std::memcpy(record, r, rec::kSize);
         return true;
     }
     // The old field-by-field run goes into the same record.
     unsigned char r[rec::kSize] = {};
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, fileVersion);
-    for (const SRecordField& field : rec::floatRun)
+    Put(r, rec::recordSize, rec::kSize);
+    Put(r, rec::version, fileVersion);
+    for (const SRecordField field : rec::floatRun)
         if (!ReadField(f, r, field)) return false;
     if (!ReadField(f, r, rec::calibrationNumber) || !ReadField(f, r, rec::adjustMode) ||
         !ReadField(f, r, rec::signedWord) || !ReadField(f, r, rec::cameraName) || !ReadField(f, r, rec::lensName) ||
@@ -81,8 +79,8 @@ bool CTesselFactoryCalReduceObject::Save(TSharedPtr<IFile> file, unsigned int /*
     // The record goes out whole; only its size and version words are ours.
     unsigned char r[rec::kSize];
     std::memcpy(r, record, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::recordSize, rec::kSize);
-    PutRecordValue<uint32_t>(r, rec::version, version);
+    Put(r, rec::recordSize, rec::kSize);
+    Put(r, rec::version, version);
     return file->WriteBytes(r, rec::kSize);
 }
 

@@ -13,35 +13,35 @@ namespace orv::reduce {
 
 namespace tesselRecord {
 inline constexpr uint32_t kSize = 512;
-inline constexpr SRecordField recordSize{0, 4};
-inline constexpr SRecordField version{4, 4};
+inline constexpr TAt<uint32_t> recordSize{0};
+inline constexpr TAt<uint32_t> version{4};
 // Calibration curve and atmosphere model (float).
-inline constexpr SRecordField R{8, 4};
-inline constexpr SRecordField B{12, 4};
-inline constexpr SRecordField F{16, 4};
-inline constexpr SRecordField alpha1{20, 4};
-inline constexpr SRecordField alpha2{24, 4};
-inline constexpr SRecordField beta1{28, 4};
-inline constexpr SRecordField beta2{32, 4};
-inline constexpr SRecordField X{36, 4};
+inline constexpr TAt<float> R{8};
+inline constexpr TAt<float> B{12};
+inline constexpr TAt<float> F{16};
+inline constexpr TAt<float> alpha1{20};
+inline constexpr TAt<float> alpha2{24};
+inline constexpr TAt<float> beta1{28};
+inline constexpr TAt<float> beta2{32};
+inline constexpr TAt<float> X{36};
 // Limits of measurement and span of the radiance fit, Kelvin (float).
-inline constexpr SRecordField clampHighTemp{40, 4};
-inline constexpr SRecordField validHighTemp{44, 4};
-inline constexpr SRecordField validLowTemp{48, 4};
-inline constexpr SRecordField clampLowTemp{52, 4};
-inline constexpr SRecordField rangeHighTemp{56, 4};
-inline constexpr SRecordField rangeLowTemp{60, 4};
+inline constexpr TAt<float> clampHighTemp{40};
+inline constexpr TAt<float> validHighTemp{44};
+inline constexpr TAt<float> validLowTemp{48};
+inline constexpr TAt<float> clampLowTemp{52};
+inline constexpr TAt<float> rangeHighTemp{56};
+inline constexpr TAt<float> rangeLowTemp{60};
 // Drift model: k0, k1 of the calibration, t0, k2 of the drift parameters (float).
-inline constexpr SRecordField driftK0{64, 4};
-inline constexpr SRecordField driftK1{68, 4};
-inline constexpr SRecordField driftT0{72, 4};
-inline constexpr SRecordField driftK2{76, 4};
+inline constexpr TAt<float> driftK0{64};
+inline constexpr TAt<float> driftK1{68};
+inline constexpr TAt<float> driftT0{72};
+inline constexpr TAt<float> driftK2{76};
 // Camera adjustment used with adjustMode 2 (float).
-inline constexpr SRecordField gain{80, 4};
-inline constexpr SRecordField offset{84, 4};
-inline constexpr SRecordField calibrationNumber{88, 4}; // unsigned 32
-inline constexpr SRecordField adjustMode{92, 2};        // unsigned 16
-inline constexpr SRecordField signedWord{94, 2};        // signed 16, meaning unknown, carried
+inline constexpr TAt<float> gain{80};
+inline constexpr TAt<float> offset{84};
+inline constexpr TAt<uint32_t> calibrationNumber{88};
+inline constexpr TAt<uint16_t> adjustMode{92};
+inline constexpr TAt<int16_t> signedWord{94}; // meaning unknown, carried
 // Texts, zero padded, not necessarily terminated.
 inline constexpr SRecordField cameraName{96, 32};
 inline constexpr SRecordField lensName{128, 16};
@@ -65,7 +65,7 @@ inline constexpr SRecordField fields[] = {recordSize, version, R, B, F, alpha1, 
                                           driftB10, driftC11, reserved};
 static_assert(RecordFieldsTile(fields, kSize), "Tessel fields tile 0 to 512");
 // The float fields, in the order of the old field-by-field stream.
-inline constexpr SRecordField floatRun[] = {R, B, F, alpha1, alpha2, beta1, beta2, X, clampHighTemp,
+inline constexpr TAt<float> floatRun[] = {R, B, F, alpha1, alpha2, beta1, beta2, X, clampHighTemp,
                                             validHighTemp, validLowTemp, clampLowTemp, rangeHighTemp,
                                             rangeLowTemp, driftK0, driftK1, driftT0, driftK2, gain, offset};
 constexpr SRecordField ShortText(uint32_t i) { return {shortTexts.offset + 10 * i, 10}; }
@@ -89,8 +89,8 @@ public:
     bool Save(TSharedPtr<IFile> file, unsigned int flags) override;
 
     // Typed access to the fields of the record.
-    float GetFloat(SRecordField field) const { return GetRecordValue<float>(record, field); }
-    void SetFloat(SRecordField field, float value) { PutRecordValue<float>(record, field, value); }
+    float GetFloat(TAt<float> field) const { return Get(record, field); }
+    void SetFloat(TAt<float> field, float value) { Put(record, field, value); }
     CString GetText(SRecordField field) const { return GetRecordString(record, field); }
     void SetText(SRecordField field, const CString& text) { PutRecordString(record, field, text); }
 

@@ -70,6 +70,12 @@ int RunConvert(const SConvertOptions& o)
     if (RefuseOverwritingInput(o.input, o.output, "the output")) return kExitFailure;
     if ((ext == "tif" || ext == "tiff") && RefuseOverwritingInput(o.input, StatusPath(o.output), "the status file"))
         return kExitFailure;
+    // A colour picture has no single value a pixel: it goes to PNG as it is.
+    const bool colour = unit == unitRGB24 || unit == unitRGB48;
+    if (colour && ext != "png")
+        return Fail("%s: \"%s\" is written as a PNG picture only; for values choose \"Red Channel\", "
+                    "\"Green Channel\", \"Blue Channel\" or \"RGB Average\"",
+                    o.output.c_str(), UnitToString(unit));
 
     CRecordingReduction reducer;
     if (!OpenReduction(reducer, o.input, unit, scale, o.emissivity, o.distance)) return kExitFailure;
@@ -118,6 +124,12 @@ int RunConvert(const SConvertOptions& o)
     // Blocks of frames arrive in frame order from the reducing threads and
     // are written here, one block at a time.
     CProgress progress("convert", count);
+    if (colour) {
+        if (!reducer.Decode(first)) return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());
+        if (!WriteColourPng(out.path(), reducer.raw().data, reducer.raw().type == dtRGB48, w, h, error))
+            return failOutput(o.output);
+        progress.Step(1);
+    }
     auto write = [&](uint64_t at, uint64_t frames, const float* values, const unsigned char* status) {
         if (ext == "npy") {
             if (!npy.AddFrames(values, frames * n, error)) return false;
@@ -148,7 +160,7 @@ int RunConvert(const SConvertOptions& o)
         }
         return true;
     };
-    if (!reducer.ReduceFrames(first, end, o.threads, write)) {
+    if (!colour && !reducer.ReduceFrames(first, end, o.threads, write)) {
         if (!error.empty()) return failOutput(errorPath);
         if (csv) std::fclose(csv);
         return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());
@@ -185,9 +197,11 @@ void AddConvert(CLI::App& app)
         "  .tiff/.tif  32-bit float, one page per frame; the status bytes go to OUT.status.tiff\n"
         "  .npy        float32 array of shape (frames, height, width)\n"
         "  .csv        one block of rows per frame; invalid pixels are empty fields\n"
-        "  .png        false colour picture of the first frame asked for, with a colour bar\n"
+        "  .png        false colour picture of the first frame asked for, with a colour bar;\n"
+        "              a colour recording in \"RGB (24-bit)\" or \"RGB (48-bit)\" as it is\n"
         "Units: \"Counts\", \"Radiance (User)\", \"Temperature (User)\" (or counts, radiance,\n"
-        "temperature); 'orvreduce info FILE' lists those the recording offers.\n"
+        "temperature); colour recordings offer \"Red Channel\", \"Green Channel\", \"Blue Channel\"\n"
+        "and \"RGB Average\"; 'orvreduce info FILE' lists those the recording offers.\n"
         "Example: orvreduce convert scene.qrt --unit temperature --scale K --frames 0:10 -o t.tiff");
     cmd->add_option("FILE", o->input, "Recording to read")->required();
     cmd->add_option("--roi", o->roi, "Region file whose outlines the .png shows, each in its colour");

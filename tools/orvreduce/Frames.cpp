@@ -1,6 +1,8 @@
 // frames: the per-frame information of a recording, as its filter reads it.
 #include <cstdio>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "reduce/filters/GenericFilter.h"
 #include "reduce/objects/FrameInfoReduceObject.h"
@@ -39,7 +41,31 @@ static int RunFrames(const std::string& path, uint64_t first, uint64_t count, bo
     if (auto generic = reader.filter().DynamicCast<CGenericFilter>())
         generic->setFrameCounter(static_cast<uint16_t>(first));
 
-    bool header = false;
+    // Camera headers may add entries in some frames only (a lens block
+    // that comes and goes): CSV columns are every name of the range, in the
+    // order of first appearance, found in a pass over the objects alone.
+    std::vector<std::string> columns;
+    if (csv) {
+        std::set<std::string> seen;
+        for (uint64_t i = first; i < end; ++i) {
+            uint8_t preset = 0;
+            if (!reader.DecodeFrame(i, STypedData(), 0, preset))
+                return Fail("%s: frame %llu: %s", path.c_str(), static_cast<unsigned long long>(i),
+                            reader.lastError().c_str());
+            if (auto fi = reader.reduceObjs().GetFrameInfo(preset, false)) {
+                for (unsigned k = 0, n = fi->NumEntries(); k < n; ++k) {
+                    std::string name = fi->GetNameAt(k).c_str();
+                    if (seen.insert(name).second) columns.push_back(name);
+                }
+            }
+        }
+        if (auto generic = reader.filter().DynamicCast<CGenericFilter>())
+            generic->setFrameCounter(static_cast<uint16_t>(first));
+        std::printf("index");
+        for (const std::string& name : columns) std::printf(",%s", Csv(name.c_str()).c_str());
+        std::printf("\n");
+    }
+
     for (uint64_t i = first; i < end; ++i) {
         uint8_t preset = 0;
         if (!reader.DecodeFrame(i, STypedData(), 0, preset))
@@ -50,14 +76,9 @@ static int RunFrames(const std::string& path, uint64_t first, uint64_t count, bo
                              static_cast<unsigned long long>(i));
         unsigned n = fi->NumEntries();
         if (csv) {
-            if (!header) {
-                std::printf("index");
-                for (unsigned k = 0; k < n; ++k) std::printf(",%s", Csv(fi->GetNameAt(k)).c_str());
-                std::printf("\n");
-                header = true;
-            }
             std::printf("%llu", static_cast<unsigned long long>(i));
-            for (unsigned k = 0; k < n; ++k) std::printf(",%s", Csv(fi->GetValueAt(k)).c_str());
+            // A name this frame lacks is an empty field.
+            for (const std::string& name : columns) std::printf(",%s", Csv(fi->GetValue(name.c_str())).c_str());
             std::printf("\n");
         } else {
             std::printf("frame %llu\n", static_cast<unsigned long long>(i));

@@ -16,6 +16,46 @@ constexpr unsigned char kInvalidStatus = 0x18;
 
 void SilenceTiff(const char*, const char*, va_list) {}
 
+// RGB rows back to back, red first; 16-bit samples in the machine's order.
+bool WriteRgbPng(const std::string& path, const unsigned char* rgb, unsigned width, unsigned height, int bitDepth,
+                 std::string& error)
+{
+    FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) {
+        error = "cannot create the PNG file";
+        return false;
+    }
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    if (!png || !info) {
+        if (png) png_destroy_write_struct(&png, nullptr);
+        std::fclose(file);
+        error = "out of memory for the PNG writer";
+        return false;
+    }
+    if (setjmp(png_jmpbuf(png))) {
+        png_destroy_write_struct(&png, &info);
+        std::fclose(file);
+        error = "writing the PNG file failed";
+        return false;
+    }
+    png_init_io(png, file);
+    png_set_IHDR(png, info, width, height, bitDepth, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(png, info);
+    // PNG stores 16-bit samples big-endian.
+    if (bitDepth == 16) png_set_swap(png);
+    const size_t rowBytes = size_t(width) * 3 * (bitDepth / 8);
+    for (unsigned y = 0; y < height; ++y) png_write_row(png, const_cast<unsigned char*>(rgb + size_t(y) * rowBytes));
+    png_write_end(png, nullptr);
+    png_destroy_write_struct(&png, &info);
+    if (std::fclose(file) != 0) {
+        error = "closing the PNG file failed (disk full?)";
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 CTiffWriter::~CTiffWriter()
@@ -283,37 +323,13 @@ bool WritePreviewPng(const std::string& path, const float* values, const unsigne
     canvas.Text(bx + barWidth + margin / 2, bottom - 5 * scale, Number(lo), scale);
     canvas.Text(bx + barWidth + margin / 2, (top + bottom) / 2 - 2 * scale, Number((lo + hi) / 2), scale);
 
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) {
-        error = "cannot create the PNG file";
-        return false;
-    }
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png ? png_create_info_struct(png) : nullptr;
-    if (!png || !info) {
-        if (png) png_destroy_write_struct(&png, nullptr);
-        std::fclose(file);
-        error = "out of memory for the PNG writer";
-        return false;
-    }
-    if (setjmp(png_jmpbuf(png))) {
-        png_destroy_write_struct(&png, &info);
-        std::fclose(file);
-        error = "writing the PNG file failed";
-        return false;
-    }
-    png_init_io(png, file);
-    png_set_IHDR(png, info, canvas.width, canvas.height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_write_info(png, info);
-    for (unsigned y = 0; y < canvas.height; ++y) png_write_row(png, &canvas.rgb[size_t(y) * canvas.width * 3]);
-    png_write_end(png, nullptr);
-    png_destroy_write_struct(&png, &info);
-    if (std::fclose(file) != 0) {
-        error = "closing the PNG file failed (disk full?)";
-        return false;
-    }
-    return true;
+    return WriteRgbPng(path, canvas.rgb.data(), canvas.width, canvas.height, 8, error);
+}
+
+bool WriteColourPng(const std::string& path, const void* rgb, bool sixteenBits, unsigned width, unsigned height,
+                    std::string& error)
+{
+    return WriteRgbPng(path, static_cast<const unsigned char*>(rgb), width, height, sixteenBits ? 16 : 8, error);
 }
 
 } // namespace orv::reduce::cli

@@ -48,4 +48,8 @@ bool WritePreviewPng(const std::string& path, const float* values, const unsigne
                      unsigned height, const std::string& unitLabel, std::string& error,
                      const uint32_t* overlay = nullptr);
 
+// A colour frame as it is: interleaved RGB, red first, 8 or 16 bits a sample.
+bool WriteColourPng(const std::string& path, const void* rgb, bool sixteenBits, unsigned width, unsigned height,
+                    std::string& error);
+
 } // namespace orv::reduce::cli

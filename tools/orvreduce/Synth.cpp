@@ -23,6 +23,8 @@
 #include "reduce/store/InfoFile.h"
 #include "reduce/store/PixelsHeader.h"
 #include "tools/orvreduce/Common.h"
+#include "reduce/filters/PixelTypes.h"
+#include "tools/orvreduce/Synth.h"
 #include "tools/orvreduce/SynthScene.h"
 
 namespace orv::reduce::cli {
@@ -107,6 +109,43 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
 }
 
 } // namespace
+
+uint16_t SynthSceneCounts(unsigned x, unsigned y, unsigned f, unsigned width, unsigned height, unsigned frames)
+{
+    return CountsOf(SceneCelsius(x, y, f, frames, width, height));
+}
+
+bool FillSynthObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
+{
+    return FillObjects(objs, width, height);
+}
+
+bool CSynthFile::Start(CReduceObjectArray& objs, uint32_t frameSize)
+{
+    m_file = fileSystem()->Open(m_out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
+    if (!m_file) return Fail("%s: cannot create the file", m_out.path().c_str()), false;
+    TSharedPtr<CSourceInfoReduceObject> info = objs.GetSourceInfo(false);
+    if (!info || !SaveInfoFile(m_file, objs, infoFileRecording) ||
+        !WritePixelsHeader(m_file, info, info->pixelType, frameSize, true))
+        return Fail("%s: writing the info blocks failed", m_path.c_str()), false;
+    return true;
+}
+
+bool CSynthFile::AddFrame(const void* data, uint32_t size, unsigned index)
+{
+    if (!m_file->WriteBytes(data, size))
+        return Fail("%s: writing frame %u failed (disk full?)", m_path.c_str(), index), false;
+    return true;
+}
+
+bool CSynthFile::Finish(unsigned* counts)
+{
+    if (!FinishQRTFile(m_file, counts, true))
+        return Fail("%s: finishing the recording failed", m_path.c_str()), false;
+    m_file.reset();
+    if (!m_out.Commit()) return Fail("%s: cannot rename the finished file into place", m_path.c_str()), false;
+    return true;
+}
 
 int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned frames, bool force)
 {
@@ -242,6 +281,46 @@ int RunSynthFamily(const std::string& family, const std::string& path, unsigned 
     if (family == "tessel") return RunSynthTessel(path, w, h, frames);
     return Fail("synth: unknown family '%s'; known: user, ombria, corvane, marlowe, tessel", family.c_str());
 }
+// Camera pixel types that synth writes; each writer keeps its own file.
+const SCameraSynth kCameraSynths[] = {
+    {&SynthV410Handles, &SynthV410},
+    {&SynthTLKHandles, &SynthTLK},
+    {&SynthBayerHandles, &SynthBayer},
+};
+
+// A pixel type by the name the tree knows it by, or by the symbol of the
+// table ("guidTLKRV"), letter case aside.
+bool FindPixelType(const std::string& name, SGuid& type)
+{
+    for (const SPixelTypeRow& row : pixelTypeTable) {
+        if (scasecmp(name.c_str(), row.name) == 0 || scasecmp(name.c_str(), row.symbol) == 0) {
+            type = row.id;
+            return true;
+        }
+    }
+    return false;
+}
+
+int RunSynthCamera(const std::string& path, const std::string& typeName, unsigned width, unsigned height,
+                   unsigned frames, bool force)
+{
+    SSynthRequest request{path, SGuid{}, width, height, frames};
+    if (!FindPixelType(typeName, request.pixelType)) return Fail("synth: unknown pixel type '%s'", typeName.c_str());
+    struct stat st;
+    if (!force && ::stat(path.c_str(), &st) == 0)
+        return Fail("%s: the file exists; add --force to replace it", path.c_str());
+    if (width < 8 || height < 8 || width > 4096 || height > 4096)
+        return Fail("synth: the size must be at least 8x8 and at most 4096x4096, not %ux%u", width, height);
+    if (frames == 0) return Fail("synth: at least one frame is needed");
+    for (const SCameraSynth& synth : kCameraSynths)
+        if (synth.Handles(request.pixelType)) return synth.Write(request);
+    std::string known;
+    for (const SPixelTypeRow& row : pixelTypeTable)
+        for (const SCameraSynth& synth : kCameraSynths)
+            if (synth.Handles(row.id)) known += std::string(known.empty() ? "" : ", ") + "\"" + row.name + "\"";
+    return Fail("synth: no synthetic recording of pixel type '%s'; known: %s", typeName.c_str(), known.c_str());
+}
+
 } // namespace
 
 void AddSynth(CLI::App& app)
@@ -252,6 +331,7 @@ void AddSynth(CLI::App& app)
         unsigned frames = 10;
         bool force = false;
         std::string family = "user";
+        std::string pixelType;
     };
     auto args = std::make_shared<SArgs>();
     CLI::App* cmd = app.add_subcommand("synth", "Write a synthetic recording of a known temperature scene");
@@ -265,11 +345,19 @@ void AddSynth(CLI::App& app)
         "instead, to be read in \"Temperature (Factory)\". Marlowe and Tessel recordings declare\n"
         "preset sequencing, and their frames take the presets in turn, each with its own\n"
         "calibration.\n"
+        "With --pixel-type the frames are those of a camera: \"TLK-RV\" and \"TLK-MX\" carry the\n"
+        "scene behind a camera header row (IRIG time, sensor temperatures, both lens block\n"
+        "versions), \"BayerRG8\", \"BayerGR8\", \"BayerGB8\", \"BayerBG8\" and \"BayerGRBG\" a colour\n"
+        "scene as a Bayer mosaic. The V410, R7Q, Sarnet and MX515 types store it with their\n"
+        "camera blocks (both byte orders, a GigE prefix), JPEG-LS or JPEG compressed, or as\n"
+        "BGR and YUV colour video, for example \"V410 IR (GigE)\" or guidMJLSIR.\n"
         "Example: orvreduce synth scene.qrt --size 640x512 --frames 100");
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
     cmd->add_flag("--force", args->force, "Replace FILE when it exists");
+    cmd->add_option("--pixel-type", args->pixelType,
+                    "Write frames of a camera pixel type (\"TLK-RV\", \"BayerRG8\" ...), with its headers");
     cmd->add_option("--family", args->family,
                     "Calibration: user (a user calibration), or the factory calibration of a camera family: "
                     "ombria, corvane, marlowe, tessel")
@@ -279,7 +367,9 @@ void AddSynth(CLI::App& app)
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = RunSynthFamily(args->family, args->path, w, h, args->frames, args->force);
+        int rc = args->pixelType.empty()
+                     ? RunSynthFamily(args->family, args->path, w, h, args->frames, args->force)
+                     : RunSynthCamera(args->path, args->pixelType, w, h, args->frames, args->force);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;
     });
