@@ -97,6 +97,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         context.Convert(STypedData(counts.data(), dtUInt16), STypedData(values.data(), dtFlt32), status.data(),
                         static_cast<unsigned>(n));
         ConvertRegions(context, counts, width, height);
+        // One value both ways, and the file's own parameters changed on the
+        // fly: the inverse searches and the tables' rebuild see its numbers.
+        float value = 0, back = 0;
+        unsigned char st = 0;
+        context.Convert(float(counts[0]), value, st, preset);
+        context.ConvertBack(value, back, st, preset);
+        if (TSharedPtr<CObjectParametersReduceObject> params = reader.reduceObjs().GetObjectParameters(false)) {
+            if (context.ChangeObjectParameters(params.get()))
+                context.Convert(STypedData(counts.data(), dtUInt16), STypedData(values.data(), dtFlt32),
+                                status.data(), static_cast<unsigned>(n));
+        }
     }
     return 0;
 }

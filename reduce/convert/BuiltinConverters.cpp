@@ -5,16 +5,18 @@
 #include "reduce/convert/RGBConverter.h"
 #include "reduce/convert/TemperatureConverter.h"
 #include "reduce/convert/UserConverter.h"
+#include "reduce/families/corvane/CorvaneConverter.h"
+#include "reduce/families/ombria/OmbriaConverter.h"
 
 namespace orv::reduce {
 
 // The camera family converters take the places marked below.
 const SBuiltinConverter builtinConverters[] = {
-    // Corvane
+    {CCorvaneConverter::kName, &CCorvaneConverter::Register},
     // Tessel
     // Marlowe
     {CRGBConverter::kName, &CRGBConverter::Register},
-    // Ombria
+    {COmbriaConverter::kName, &COmbriaConverter::Register},
     {CTemperatureConverter::kName, &CTemperatureConverter::Register},
     {CUserConverter::kName, &CUserConverter::Register},
 };

@@ -99,32 +99,35 @@ bool IConverter::OutputToBase(float in, float& out, unsigned char& status, unsig
     return true;
 }
 
-bool IConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n)
+bool IConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
 {
+    if (region.kind != SPixelRegion::kindFrame && region.kind != SPixelRegion::kindIndices) {
+        TArray<unsigned int> indices;
+        region.BuildIndices(indices);
+        return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
+    }
+    // The list of an index form is dropped on purpose (see the declaration):
+    // its first n elements go through the frame form, which a converter may
+    // have overridden.
+    const unsigned int n = region.count;
+    if (region.kind == SPixelRegion::kindIndices) return BaseToOutput(src, dst, status, n);
     if (baseUnit != outputUnit) return false;
     if (status) std::memset(status, 0, n);
     if (IsTemperatureUnit(outputUnit)) return CMath::ConvertTemperature(dst, src, n, baseTempType, outputTempType);
     return ConvertArray(dst, src, n);
 }
 
-bool IConverter::BaseToOutput(STypedData src, const unsigned char*, STypedData dst, unsigned char* status,
-                              unsigned int n)
+bool IConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
+                               STypedData dst, unsigned char* status)
 {
-    return BaseToOutput(src, dst, status, n);
-}
-
-bool IConverter::BaseToOutput(STypedData src, const unsigned int*, unsigned int n, STypedData dst,
-                              unsigned char* status)
-{
-    // The list is dropped on purpose (see the declaration).
-    return BaseToOutput(src, dst, status, n);
-}
-
-bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int*, unsigned int n,
-                              STypedData dst, unsigned char* status)
-{
-    // The list is dropped on purpose (see the declaration).
-    return BaseToOutput(src, presetIndex, dst, status, n);
+    switch (region.kind) {
+    case SPixelRegion::kindFrame: return BaseToOutput(src, dst, status, region.count);
+    case SPixelRegion::kindIndices: return BaseToOutput(src, presetIndex, dst, status, region.count);
+    default: break;
+    }
+    TArray<unsigned int> indices;
+    region.BuildIndices(indices);
+    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
 }
 
 } // namespace orv::reduce

@@ -1,11 +1,13 @@
 #pragma once
 // IConverter: takes the pixels of a recording from its base unit to an output
-// unit. The base class gives identity and scale-only behaviour, so that a
-// converter needs little more than its array forms; region forms build an
-// index list and come to the index list forms.
+// unit. The base class gives identity and scale-only behaviour. The ten array
+// and region forms of BaseToOutput are one-line forwards to ConvertRegion, so
+// that a converter implements one region-taking conversion (and its
+// per-pixel preset variant) instead of ten.
 #include "orv/Array.h"
 #include "orv/String.h"
 #include "orv/Types.h"
+#include "reduce/kernels/PixelRegion.h"
 #include "reduce/kernels/Regions.h"
 
 namespace orv::reduce {
@@ -57,18 +59,15 @@ public:
     // Scale change only: false unless base and output unit are the same.
     virtual bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset);
     virtual bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset);
+    // The array and region forms, each a forward to ConvertRegion with its
+    // region value.
     virtual bool BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n);
     virtual bool BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst,
                               unsigned char* status, unsigned int n);
-    // The base forms with an index list convert the first n elements and
-    // ignore the list: intended, a fallback for converters that treat every
-    // pixel alike. Converters that work on parts of a frame override them.
     virtual bool BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
                               unsigned char* status);
     virtual bool BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices,
                               unsigned int n, STypedData dst, unsigned char* status);
-    // Region forms: the region's flat indices in walking order, handed to the
-    // index list forms above.
     virtual bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
                               STypedData dst, unsigned char* status);
     virtual bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
@@ -84,6 +83,20 @@ public:
     virtual bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
                               unsigned short height, SArea area, const unsigned char* mask, unsigned int maskWidth,
                               STypedData dst, unsigned char* status);
+
+    // The conversion of a region: values and status bytes go densely to dst
+    // and status in region order. What a converter overrides.
+    //
+    // The base gives the scale change for a whole frame and, for an index
+    // list, over its first n elements, ignoring the list: intended, a
+    // fallback for converters that treat every pixel alike. A rectangle, scan
+    // lines or a mask become an index list handed to the index list form
+    // above, so that a converter that overrides only the array forms still
+    // converts regions. The preset form drops the preset bytes and comes to
+    // the plain forms alike.
+    virtual bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status);
+    virtual bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
+                               STypedData dst, unsigned char* status);
 
     virtual unsigned char GuessPresetFromOutput(float) { return 0; }
 

@@ -1,152 +1,116 @@
+// The array and region forms of IConverter as forwards to ConvertRegion,
+// and the region helpers of the interface.
 #include "reduce/convert/Converter.h"
-
-#include "reduce/kernels/RegionWalk.h"
 
 namespace orv::reduce {
 
+bool IConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n)
+{
+    return ConvertRegion(src, SPixelRegion::Frame(n), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst,
+                              unsigned char* status, unsigned int n)
+{
+    return ConvertRegion(src, presetIndex, SPixelRegion::Frame(n), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
+                              unsigned char* status)
+{
+    return ConvertRegion(src, SPixelRegion::Indices(indices, n), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices,
+                              unsigned int n, STypedData dst, unsigned char* status)
+{
+    return ConvertRegion(src, presetIndex, SPixelRegion::Indices(indices, n), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
+                              STypedData dst, unsigned char* status)
+{
+    return ConvertRegion(src, SPixelRegion::Rect(width, height, area), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                              unsigned short height, SArea area, STypedData dst, unsigned char* status)
+{
+    return ConvertRegion(src, presetIndex, SPixelRegion::Rect(width, height, area), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height,
+                              const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
+{
+    return ConvertRegion(src, SPixelRegion::ScanLines(width, height, lines), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                              unsigned short height, const TArray<SScanLine>& lines, STypedData dst,
+                              unsigned char* status)
+{
+    return ConvertRegion(src, presetIndex, SPixelRegion::ScanLines(width, height, lines), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
+                              const unsigned char* mask, unsigned int maskWidth, STypedData dst,
+                              unsigned char* status)
+{
+    return ConvertRegion(src, SPixelRegion::Mask(width, height, area, mask, maskWidth), dst, status);
+}
+
+bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
+                              unsigned short height, SArea area, const unsigned char* mask, unsigned int maskWidth,
+                              STypedData dst, unsigned char* status)
+{
+    return ConvertRegion(src, presetIndex, SPixelRegion::Mask(width, height, area, mask, maskWidth), dst, status);
+}
+
 // Width and height are part of the signatures only.
-unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, SArea area)
+unsigned int IConverter::CalcNumPixels(unsigned short w, unsigned short h, SArea area)
 {
     // Counted as the walkers walk: a rectangle with its right column left of
     // its left one yields nothing. Callers clear this many status bytes, so
     // a wrapped count would run far past their buffers.
-    return priv::RegionPixels(area);
+    return SPixelRegion::Rect(w, h, area).PixelCount();
 }
 
-unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, TArray<SScanLine> const& lines)
+unsigned int IConverter::CalcNumPixels(unsigned short w, unsigned short h, TArray<SScanLine> const& lines)
 {
-    // A line with its last column before its first yields nothing, as in the
-    // walkers.
-    return priv::RegionPixels(lines);
+    return SPixelRegion::ScanLines(w, h, lines).PixelCount();
 }
 
-unsigned int IConverter::CalcNumPixels(unsigned short, unsigned short, SArea area, unsigned char const* mask,
+unsigned int IConverter::CalcNumPixels(unsigned short w, unsigned short h, SArea area, unsigned char const* mask,
                                        unsigned int maskWidth)
 {
-    return priv::RegionPixels(area, mask, maskWidth);
+    return SPixelRegion::Mask(w, h, area, mask, maskWidth).PixelCount();
 }
-
-namespace {
-// Appends each visited flat index: the walkers of the kernels give the order.
-struct SIndexBody {
-    static constexpr bool kNeedsXY = false;
-    TArray<unsigned int>& out;
-    void operator()(unsigned flat, unsigned, unsigned, unsigned) { out.add(flat); }
-};
-} // namespace
 
 void IConverter::BuildIndices(TArray<unsigned int>& out, unsigned short width, SArea area)
 {
-    out.clear();
-    out.reserve(priv::RegionPixels(area));
-    SIndexBody body{out};
-    priv::SWalkRect{width, area}(body);
+    SPixelRegion::Rect(width, 0, area).BuildIndices(out);
 }
 
 void IConverter::BuildIndices(TArray<unsigned int>& out, unsigned short width, const TArray<SScanLine>& lines)
 {
-    out.clear();
-    out.reserve(priv::RegionPixels(lines));
-    SIndexBody body{out};
-    priv::SWalkScanLines{width, &lines}(body);
+    SPixelRegion::ScanLines(width, 0, lines).BuildIndices(out);
 }
 
 void IConverter::BuildIndices(TArray<unsigned int>& out, unsigned short width, SArea area,
                               const unsigned char* mask, unsigned int maskWidth)
 {
-    out.clear();
-    SIndexBody body{out};
-    priv::SWalkMask{width, area, mask, maskWidth}(body);
-}
-
-// The region forms of the base class: an empty region still makes the call,
-// with n 0.
-bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short, SArea area, STypedData dst,
-                              unsigned char* status)
-{
-    TArray<unsigned int> indices;
-    BuildIndices(indices, width, area);
-    return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
-}
-
-bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                              unsigned short, SArea area, STypedData dst, unsigned char* status)
-{
-    TArray<unsigned int> indices;
-    BuildIndices(indices, width, area);
-    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
-}
-
-bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short,
-                              const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
-{
-    TArray<unsigned int> indices;
-    BuildIndices(indices, width, lines);
-    return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
-}
-
-bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                              unsigned short, const TArray<SScanLine>& lines, STypedData dst,
-                              unsigned char* status)
-{
-    TArray<unsigned int> indices;
-    BuildIndices(indices, width, lines);
-    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
-}
-
-bool IConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short, SArea area,
-                              const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                              unsigned char* status)
-{
-    TArray<unsigned int> indices;
-    BuildIndices(indices, width, area, mask, maskWidth);
-    return BaseToOutput(src, indices.data(), unsigned(indices.size()), dst, status);
-}
-
-bool IConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                              unsigned short, SArea area, const unsigned char* mask, unsigned int maskWidth,
-                              STypedData dst, unsigned char* status)
-{
-    TArray<unsigned int> indices;
-    BuildIndices(indices, width, area, mask, maskWidth);
-    return BaseToOutput(src, presetIndex, indices.data(), unsigned(indices.size()), dst, status);
+    SPixelRegion::Mask(width, 0, area, mask, maskWidth).BuildIndices(out);
 }
 
 namespace priv {
-namespace {
-struct SCountBody {
-    static constexpr bool kNeedsXY = false;
-    unsigned int n;
-    void operator()(unsigned, unsigned, unsigned, unsigned) { ++n; }
-};
-} // namespace
-
 bool RegionInFrame(unsigned short width, unsigned short height, SArea area)
 {
-    if (area.bottom < area.top || area.right < area.left) return true;
-    return area.bottom < height && area.right < width;
+    return SPixelRegion::Rect(width, height, area).InFrame(width, height);
 }
 
 bool RegionInFrame(unsigned short width, unsigned short height, const TArray<SScanLine>& lines)
 {
-    for (const SScanLine& line : lines)
-        if (line.last >= line.first && (line.row >= height || line.last >= width)) return false;
-    return true;
-}
-
-unsigned int RegionPixels(TArray<SScanLine> const& lines)
-{
-    unsigned int n = 0;
-    for (const SScanLine& line : lines)
-        if (line.last >= line.first) n += unsigned(line.last) - unsigned(line.first) + 1u;
-    return n;
-}
-
-unsigned int RegionPixels(SArea area, unsigned char const* mask, unsigned int stride)
-{
-    SCountBody body{0};
-    SWalkMask{0, area, mask, stride}(body);
-    return body.n;
+    return SPixelRegion::ScanLines(width, height, lines).InFrame(width, height);
 }
 
 } // namespace priv

@@ -650,40 +650,6 @@ ORV_REGION_TABLES(SWalkScanLines, ScanLines)
 ORV_REGION_TABLES(SWalkMask, Mask)
 #undef ORV_REGION_TABLES
 
-// Temperature by the method of preset 0 of set, through the method's own
-// kernel at float-by-float position t; a table is clamped at its ends.
-// Runs of consecutive pixels of a region, in region order: f(flat, length).
-template <class F>
-void ForEachRun(const SWalkRect& w, F&& f)
-{
-    if (w.area.bottom < w.area.top || w.area.right < w.area.left) return;
-    const unsigned int n = unsigned(w.area.right) - w.area.left + 1;
-    for (unsigned int y = w.area.top; y <= w.area.bottom; ++y) f(y * w.width + w.area.left, n);
-}
-template <class F>
-void ForEachRun(const SWalkScanLines& w, F&& f)
-{
-    for (const SScanLine& line : *w.lines)
-        if (line.last >= line.first) f(unsigned(line.row) * w.width + line.first, unsigned(line.last) - line.first + 1);
-}
-template <class F>
-void ForEachRun(const SWalkMask& w, F&& f)
-{
-    if (w.area.bottom < w.area.top || w.area.right < w.area.left) return;
-    for (unsigned int y = w.area.top; y <= w.area.bottom; ++y) {
-        const unsigned char* m = w.mask + size_t(y) * w.stride;
-        for (unsigned int x = w.area.left; x <= w.area.right;) {
-            if (!m[x]) {
-                ++x;
-                continue;
-            }
-            const unsigned int first = x;
-            while (x <= w.area.right && m[x]) ++x;
-            f(y * w.width + first, x - first);
-        }
-    }
-}
-
 // Region forms of the non-PS radiance and polynomial kernels: each run of
 // the region goes through the whole-frame kernel, so a region adds no pixel
 // loops of its own and a rectangle's rows run as dense, vectorised loops.
@@ -696,12 +662,10 @@ struct TRadianceRuns {
             const TRadianceKernel<SWalkCount> dense = vecCountsToRadianceImg[SourceByFloatIndexOf<S, D>];
             const S* s = static_cast<const S*>(src);
             D* d = static_cast<D*>(dst);
-            unsigned int i = 0;
-            ForEachRun(walk, [&](unsigned int flat, unsigned int n) {
+            walk.Runs([&](size_t flat, size_t i, unsigned int n) {
                 SPoly run = p;
                 if (run.backgroundImage) run.backgroundImage += flat;
                 dense(s + flat, d + i, SWalkCount{n}, run, nullptr, SLimits{});
-                i += n;
             });
         }
     };
@@ -716,16 +680,14 @@ struct TCoeffsRuns {
             const auto dense = vecToTemperatureCoeffsImg[FloatByFloatIndexOf<S, D>];
             const S* s = static_cast<const S*>(src);
             D* d = static_cast<D*>(dst);
-            unsigned int i = 0;
-            ForEachRun(walk, [&](unsigned int flat, unsigned int n) {
-                dense(s + flat, d + i, SWalkCount{n}, a);
-                i += n;
-            });
+            walk.Runs([&](size_t flat, size_t i, unsigned int n) { dense(s + flat, d + i, SWalkCount{n}, a); });
             return true;
         }
     };
 };
 
+// Temperature by the method of preset 0 of set, through the method's own
+// kernel at float-by-float position t; a table is clamped at its ends.
 template <class W>
 bool RunMethod(int t, const void* src, void* dst, const W& walk, const STempSet& set)
 {

@@ -27,28 +27,6 @@ void ClearStatus(unsigned char* status, unsigned int n)
 constexpr unsigned short kLUTLow = 0;
 constexpr unsigned short kLUTHigh = 65535;
 
-// One past the largest flat index a region reaches; 0 for an empty region.
-size_t RegionEnd(unsigned short width, SArea area)
-{
-    if (area.bottom < area.top || area.right < area.left) return 0;
-    return size_t(area.bottom) * width + area.right + 1;
-}
-
-size_t RegionEnd(unsigned short width, const TArray<SScanLine>& lines)
-{
-    size_t end = 0;
-    for (const SScanLine& line : lines)
-        if (line.last >= line.first) end = std::max(end, size_t(line.row) * width + line.last + 1);
-    return end;
-}
-
-size_t RegionEnd(const unsigned int* indices, unsigned int n)
-{
-    size_t end = 0;
-    for (unsigned int i = 0; i < n; ++i) end = std::max(end, size_t(indices[i]) + 1);
-    return end;
-}
-
 TSharedPtr<CRCalReduceObject> FindCalibration(CReduceObjectArray& objs)
 {
     return objs.GetObjectOfType(CRCalReduceObject::classTypeID(), -1, false).DynamicCast<CRCalReduceObject>();
@@ -315,165 +293,56 @@ bool CUserConverter::SignalToOutput(unsigned short first, unsigned short last, f
     return true;
 }
 
-// ---- whole frames and index lists -----------------------------------------
-
-bool CUserConverter::BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n)
+bool CUserConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
 {
     if (BadTypes(src, dst)) return false;
     const unsigned char p = firstActivePreset;
     if (UseLUT()) {
         if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
+        return ApplyLUT(src, dst, status, region, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
     }
-    if (!BackgroundCovers(n)) return false;
+    if (!BackgroundCovers(usesBackgroundImage ? region.End() : 0)) return false;
+    const unsigned int n = region.PixelCount();
     ClearStatus(status, n);
-    if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, n, p);
-    if (!Radiance(dst, src, n, p)) return false;
-    if (outputUnit == unitTemperatureUser) return TemperatureStep(dst, dst, n, p);
-    return true;
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst,
-                                  unsigned char* status, unsigned int n)
-{
-    if (BadTypes(src, dst)) return false;
-    if (UseLUT()) {
-        float* luts[kPresetTables];
-        unsigned char* statuses[kPresetTables];
-        if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, n, luts, statuses, kLUTLow, kLUTHigh);
+    switch (region.kind) {
+    case SPixelRegion::kindFrame:
+        if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, n, p);
+        if (!Radiance(dst, src, n, p)) return false;
+        break;
+    case SPixelRegion::kindIndices:
+        if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, region.indices, n, p);
+        if (!Radiance(dst, src, region.indices, n, p)) return false;
+        break;
+    default:
+        // The region kernels take the frame's geometry; the frame and index
+        // forms above never come here.
+        return region.Forward([&](auto... a) -> bool {
+            if constexpr (sizeof...(a) >= 3)
+                return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], a...);
+            else
+                return false;
+        });
     }
-    if (!BackgroundCovers(n)) return false;
-    ClearStatus(status, n);
-    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, n, presetActive);
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
-                                  unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    const unsigned char p = firstActivePreset;
-    if (UseLUT()) {
-        if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, indices, n, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
-    }
-    if (!BackgroundCovers(usesBackgroundImage ? RegionEnd(indices, n) : 0)) return false;
-    ClearStatus(status, n);
-    if (baseUnit == unitRadianceUser) return TemperatureStep(dst, src, indices, n, p);
-    if (!Radiance(dst, src, indices, n, p)) return false;
     // The radiance lies dense in dst now.
     if (outputUnit == unitTemperatureUser) return TemperatureStep(dst, dst, n, p);
     return true;
 }
 
-bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices,
-                                  unsigned int n, STypedData dst, unsigned char* status)
+bool CUserConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
+                                   STypedData dst, unsigned char* status)
 {
     if (BadTypes(src, dst)) return false;
     if (UseLUT()) {
         float* luts[kPresetTables];
         unsigned char* statuses[kPresetTables];
         if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, indices, n, luts, statuses, kLUTLow, kLUTHigh);
+        return ApplyLUT(src, presetIndex, dst, status, region, luts, statuses, kLUTLow, kLUTHigh);
     }
-    if (!BackgroundCovers(usesBackgroundImage ? RegionEnd(indices, n) : 0)) return false;
-    ClearStatus(status, n);
-    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, indices, n, presetActive);
-}
-
-// ---- regions ----------------------------------------------------------------
-
-bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
-                                  STypedData dst, unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    const unsigned char p = firstActivePreset;
-    if (UseLUT()) {
-        if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, width, height, area, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
-    }
-    if (!BackgroundCovers(RegionEnd(width, area))) return false;
-    ClearStatus(status, CalcNumPixels(width, height, area));
-    return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, area);
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                                  unsigned short height, SArea area, STypedData dst, unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    if (UseLUT()) {
-        float* luts[kPresetTables];
-        unsigned char* statuses[kPresetTables];
-        if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, width, height, area, luts, statuses, kLUTLow, kLUTHigh);
-    }
-    if (!BackgroundCovers(RegionEnd(width, area))) return false;
-    ClearStatus(status, CalcNumPixels(width, height, area));
-    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, area, presetActive);
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height,
-                                  const TArray<SScanLine>& lines, STypedData dst, unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    const unsigned char p = firstActivePreset;
-    if (UseLUT()) {
-        if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, width, height, lines, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
-    }
-    if (!BackgroundCovers(RegionEnd(width, lines))) return false;
-    ClearStatus(status, CalcNumPixels(width, height, lines));
-    return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, lines);
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                                  unsigned short height, const TArray<SScanLine>& lines, STypedData dst,
-                                  unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    if (UseLUT()) {
-        float* luts[kPresetTables];
-        unsigned char* statuses[kPresetTables];
-        if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, width, height, lines, luts, statuses, kLUTLow, kLUTHigh);
-    }
-    if (!BackgroundCovers(RegionEnd(width, lines))) return false;
-    ClearStatus(status, CalcNumPixels(width, height, lines));
-    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, lines, presetActive);
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
-                                  const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                                  unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    const unsigned char p = firstActivePreset;
-    if (UseLUT()) {
-        if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, width, height, area, mask, maskWidth, lut[p], lutStatus[p], kLUTLow,
-                        kLUTHigh);
-    }
-    if (!BackgroundCovers(RegionEnd(width, area))) return false;
-    ClearStatus(status, CalcNumPixels(width, height, area, mask, maskWidth));
-    return ORV_USER_DIRECT(radianceParams[p], temperatureParams[p], width, height, area, mask, maskWidth);
-}
-
-bool CUserConverter::BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width,
-                                  unsigned short height, SArea area, const unsigned char* mask,
-                                  unsigned int maskWidth, STypedData dst, unsigned char* status)
-{
-    if (BadTypes(src, dst)) return false;
-    if (UseLUT()) {
-        float* luts[kPresetTables];
-        unsigned char* statuses[kPresetTables];
-        if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, width, height, area, mask, maskWidth, luts, statuses,
-                        kLUTLow, kLUTHigh);
-    }
-    if (!BackgroundCovers(RegionEnd(width, area))) return false;
-    ClearStatus(status, CalcNumPixels(width, height, area, mask, maskWidth));
-    return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, width, height, area, mask, maskWidth,
-                           presetActive);
+    if (!BackgroundCovers(usesBackgroundImage ? region.End() : 0)) return false;
+    ClearStatus(status, region.PixelCount());
+    return region.Forward([&](auto... a) -> bool {
+        return ORV_USER_DIRECT(radianceParams, temperatureParams, presetIndex, a..., presetActive);
+    });
 }
 
 #undef ORV_USER_DIRECT

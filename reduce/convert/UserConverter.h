@@ -42,6 +42,7 @@ public:
     // Emissivity and transmission take effect at once; tables are rebuilt.
     bool ChangeObjectParameters(CObjectParametersReduceObject* params) override;
 
+    using IConverter::BaseToOutput;
     // The single value forms are not offered.
     bool SignalToOutput(unsigned short, float&, unsigned char&, unsigned char) override { return false; }
     bool BaseToOutput(float, float&, unsigned char&, unsigned char) override { return false; }
@@ -53,27 +54,10 @@ public:
     bool SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
                         unsigned char preset) override;
 
-    bool BaseToOutput(STypedData src, STypedData dst, unsigned char* status, unsigned int n) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, STypedData dst, unsigned char* status,
-                      unsigned int n) override;
-    bool BaseToOutput(STypedData src, const unsigned int* indices, unsigned int n, STypedData dst,
-                      unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, const unsigned int* indices, unsigned int n,
-                      STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area, STypedData dst,
-                      unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width, unsigned short height,
-                      SArea area, STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, const TArray<SScanLine>& lines,
-                      STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width, unsigned short height,
-                      const TArray<SScanLine>& lines, STypedData dst, unsigned char* status) override;
-    bool BaseToOutput(STypedData src, unsigned short width, unsigned short height, SArea area,
-                      const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                      unsigned char* status) override;
-    bool BaseToOutput(STypedData src, const unsigned char* presetIndex, unsigned short width, unsigned short height,
-                      SArea area, const unsigned char* mask, unsigned int maskWidth, STypedData dst,
-                      unsigned char* status) override;
+    // Every array and region form comes here from the base class.
+    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
+    bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
+                       unsigned char* status) override;
 
     // Builds the table of a preset if it is not up to date.
     bool UpdateLUT(unsigned char preset);

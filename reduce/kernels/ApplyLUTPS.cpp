@@ -1,5 +1,5 @@
 // ApplyLUT with per-pixel preset tables over a dense array, an index list
-// and a rectangle.
+// and the region value.
 #include "reduce/kernels/LUTKernels.h"
 
 namespace orv::reduce {
@@ -7,7 +7,6 @@ namespace priv {
 namespace {
 ORV_PAIR_TABLE(TApplyLUTPSKernel, vecApplyLUTPS, ApplyLUTPS);
 ORV_PAIR_TABLE(TApplyLUTPSIdxKernel, vecApplyLUTPSIdx, ApplyLUTPSIdx);
-ORV_PAIR_TABLE(TApplyLUTRectPSKernel, vecApplyLUTRectPS, ApplyLUTRectPS);
 } // namespace
 } // namespace priv
 
@@ -33,13 +32,38 @@ bool ApplyLUT(STypedData source, unsigned char const* presets, STypedData destin
 }
 
 bool ApplyLUT(STypedData source, unsigned char const* presets, STypedData destination, unsigned char* status,
+              const SPixelRegion& region, float** lut, unsigned char** lutStatus, unsigned short low,
+              unsigned short high)
+{
+    if (BadLUTPair(source, destination)) return false;
+    const size_t pair = LUTPairIndex(source, destination);
+    if (region.kind == SPixelRegion::kindFrame || region.kind == SPixelRegion::kindIndices) {
+        if (region.kind == SPixelRegion::kindFrame)
+            vecApplyLUTPS[pair](source.data, presets, destination.data, status, region.count, lut, lutStatus, low,
+                                high);
+        else
+            vecApplyLUTPSIdx[pair](source.data, presets, destination.data, status, region.indices, region.count, lut,
+                                   lutStatus, low, high);
+        return true;
+    }
+    // Run by run through the frame kernel, the preset bytes offset with the
+    // source.
+    const TApplyLUTPSKernel dense = vecApplyLUTPS[pair];
+    const size_t ss = DataTypeSize(source.type), ds = DataTypeSize(destination.type);
+    const unsigned char* s = static_cast<const unsigned char*>(source.data);
+    unsigned char* d = static_cast<unsigned char*>(destination.data);
+    region.ForEachRun([&](size_t flat, size_t i, unsigned int n) {
+        dense(s + flat * ss, presets + flat, d + i * ds, status ? status + i : nullptr, n, lut, lutStatus, low, high);
+    });
+    return true;
+}
+
+bool ApplyLUT(STypedData source, unsigned char const* presets, STypedData destination, unsigned char* status,
               unsigned short width, unsigned short height, SArea area, float** lut, unsigned char** lutStatus,
               unsigned short low, unsigned short high)
 {
-    if (BadLUTPair(source, destination)) return false;
-    vecApplyLUTRectPS[LUTPairIndex(source, destination)](source.data, presets, destination.data, status, width,
-                                                         height, area, lut, lutStatus, low, high);
-    return true;
+    return ApplyLUT(source, presets, destination, status, SPixelRegion::Rect(width, height, area), lut, lutStatus,
+                    low, high);
 }
 
 } // namespace orv::reduce

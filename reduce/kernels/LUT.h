@@ -5,6 +5,7 @@
 // each pixel's preset. All return false for a type above 9.
 #include "orv/Array.h"
 #include "orv/Types.h"
+#include "reduce/kernels/PixelRegion.h"
 #include "reduce/kernels/Regions.h"
 #include "reduce/kernels/Stats.h"
 
@@ -37,6 +38,14 @@ bool ApplyLUT(STypedData source, STypedData destination, unsigned char* status, 
 bool ApplyLUT(STypedData source, unsigned char const* presets, STypedData destination, unsigned char* status,
               unsigned short width, unsigned short height, SArea area, unsigned char const* mask,
               unsigned int maskStride, float** lut, unsigned char** lutStatus, unsigned short low,
+              unsigned short high);
+
+// Any region form: a frame and an index list through their own kernels,
+// the other forms run by run through the frame kernel.
+bool ApplyLUT(STypedData source, STypedData destination, unsigned char* status, const SPixelRegion& region, float* lut,
+              unsigned char* lutStatus, unsigned short low, unsigned short high);
+bool ApplyLUT(STypedData source, unsigned char const* presets, STypedData destination, unsigned char* status,
+              const SPixelRegion& region, float** lut, unsigned char** lutStatus, unsigned short low,
               unsigned short high);
 
 // Statistics of the mapped values (CStatsCalculator): positions in frame

@@ -28,6 +28,10 @@ constexpr bool NeedsXY()
     else return true;
 }
 
+// Besides the per-pixel walk, each walker gives its runs of consecutive
+// pixels, Runs(f) calling f(flat, i, n): a kernel that has a dense form then
+// needs no loop of its own per region form.
+
 // A dense run of count elements: flat = i, x = i, y = 0.
 struct SWalkCount {
     unsigned int count;
@@ -35,6 +39,11 @@ struct SWalkCount {
     void operator()(B& body) const
     {
         for (unsigned int i = 0; i < count; ++i) body(i, i, i, 0u);
+    }
+    template <class F>
+    void Runs(F&& f) const
+    {
+        if (count) f(size_t(0), size_t(0), count);
     }
 };
 
@@ -50,6 +59,17 @@ struct SWalkIndices {
             const unsigned int flat = indices[i];
             if constexpr (NeedsXY<B>()) body(flat, i, flat % width, flat / width);
             else body(flat, i, 0u, 0u);
+        }
+    }
+    // Consecutive indices make one run.
+    template <class F>
+    void Runs(F&& f) const
+    {
+        for (unsigned int i = 0; i < count;) {
+            const unsigned int start = i, first = indices[i];
+            while (++i < count && indices[i] == indices[i - 1] + 1u) {
+            }
+            f(size_t(first), size_t(start), i - start);
         }
     }
 };
@@ -72,6 +92,14 @@ struct SWalkRect {
             for (unsigned int k = 0; k < n; ++k) body(row + k, size_t(i) + k, l + k, y);
         }
     }
+    template <class F>
+    void Runs(F&& f) const
+    {
+        if (area.bottom < area.top || area.right < area.left) return;
+        const unsigned int n = unsigned(area.right) - area.left + 1;
+        size_t i = 0;
+        for (unsigned int y = area.top; y <= area.bottom; ++y, i += n) f(size_t(y) * width + area.left, i, n);
+    }
 };
 
 // Scan lines in array order, through the checked accessor.
@@ -90,6 +118,17 @@ struct SWalkScanLines {
             const unsigned int x0 = line.first, len = unsigned(line.last) - x0 + 1;
             const size_t row = size_t(y) * width + x0;
             for (unsigned int k = 0; k < len; ++k) body(row + k, size_t(i) + k, x0 + k, y);
+            i += len;
+        }
+    }
+    template <class F>
+    void Runs(F&& f) const
+    {
+        size_t i = 0;
+        for (const SScanLine& line : *lines) {
+            if (line.last < line.first) continue;
+            const unsigned int len = unsigned(line.last) - line.first + 1;
+            f(size_t(line.row) * width + line.first, i, len);
             i += len;
         }
     }
@@ -112,6 +151,26 @@ struct SWalkMask {
             const unsigned int row = y * width;
             for (unsigned int x = area.left; x <= area.right; ++x)
                 if (m[x]) body(row + x, i++, x, y);
+        }
+    }
+    // The non-zero stretches of each mask row.
+    template <class F>
+    void Runs(F&& f) const
+    {
+        if (area.bottom < area.top || area.right < area.left) return;
+        size_t i = 0;
+        for (unsigned int y = area.top; y <= area.bottom; ++y) {
+            const unsigned char* m = mask + size_t(y) * stride;
+            for (unsigned int x = area.left; x <= area.right;) {
+                if (!m[x]) {
+                    ++x;
+                    continue;
+                }
+                const unsigned int first = x;
+                while (x <= area.right && m[x]) ++x;
+                f(size_t(y) * width + first, i, x - first);
+                i += x - first;
+            }
         }
     }
 };

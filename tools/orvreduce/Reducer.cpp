@@ -42,11 +42,14 @@ bool CFrameReducer::Open(const std::string& path, EUnit unit, ETempType scale, d
             Fail("%s: the recording has no object parameters to change", path.c_str());
             return false;
         }
-        CObjectParametersReduceObject wanted, saved;
-        own->CopyTo(&wanted);
-        if (emissivity >= 0) wanted.emissivity = static_cast<float>(emissivity);
-        if (distance >= 0) wanted.distance = static_cast<float>(distance);
-        CConvertContext::OverrideObjectParameters(objs, wanted, saved);
+        CObjectParametersReduceObject saved;
+        own->CopyTo(&m_wanted);
+        if (emissivity >= 0) m_wanted.emissivity = static_cast<float>(emissivity);
+        if (distance >= 0) m_wanted.distance = static_cast<float>(distance);
+        // In the recording's objects for converters that read them at
+        // Update, and through ChangeObjectParameters for those that can.
+        CConvertContext::OverrideObjectParameters(objs, m_wanted, saved);
+        m_changeParameters = true;
     }
 
     m_context.setReduceObjs(&objs);
@@ -76,6 +79,8 @@ bool CFrameReducer::Activate(uint8_t preset)
     if (preset >= 8) return false;
     presets[preset] = true;
     if (!m_context.Update(presets, 8, 0)) return false;
+    if (m_changeParameters && m_context.canChangeObjectParameters() && !m_context.ChangeObjectParameters(&m_wanted))
+        return false;
     m_activePreset = preset;
     return true;
 }

@@ -40,6 +40,10 @@ private:
     EUnit m_unit = unitCounts;
     ETempType m_scale = tempCelsius;
     int m_activePreset = -1;
+    // The measurement parameters asked for on the command line, handed to
+    // converters that change them on the fly after each Update.
+    bool m_changeParameters = false;
+    CObjectParametersReduceObject m_wanted;
     TArray<unsigned char> m_raw; // decoded pixels in the filter's type
     EDataType m_rawType = dtUInt16;
 };

@@ -24,6 +24,7 @@
 #include "reduce/store/PixelsHeader.h"
 #include "tools/orvreduce/Common.h"
 #include "tools/orvreduce/Synth.h"
+#include "tools/orvreduce/SynthScene.h"
 
 namespace orv::reduce::cli {
 
@@ -197,6 +198,93 @@ int RunSynth(const std::string& path, unsigned width, unsigned height, unsigned 
     return out.Finish(counts) ? 0 : kExitFailure;
 }
 
+double SceneCelsius(unsigned x, unsigned y, unsigned f, unsigned frames, unsigned width, unsigned height)
+{
+    const double radius = std::fmin(width, height) / 8.0;
+    const double cx = width / 4.0 + f * (width / 2.0) / (frames > 1 ? frames - 1 : 1);
+    const double cy = height / 2.0;
+    const double dx = x - cx, dy = y - cy;
+    const double t = dx * dx + dy * dy <= radius * radius ? 120.0 : 20.0 + 15.0 * x / (width - 1);
+    return t + Noise(x, y, f);
+}
+
+bool FillSynthSourceInfo(CReduceObjectArray& objs, unsigned width, unsigned height, unsigned presets, double minC,
+                         double maxC)
+{
+    auto info = objs.GetSourceInfo(true);
+    if (!info || presets == 0 || presets > 4) return false;
+    info->camera = "orvreduce synthetic scene";
+    info->cameraModel = "Synthetic";
+    info->adBits = 16;
+    info->pixelType = pixelGrayscale;
+    info->dataType = dtUInt16;
+    info->baseUnit = unitCounts;
+    info->baseTempType = tempCelsius;
+    info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
+    info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
+    info->numPresets = static_cast<uint8_t>(presets);
+    for (unsigned p = 0; p < presets; ++p) {
+        info->presets[p].available = true;
+        info->presets[p].calibrated = true;
+        info->presets[p].frameRate = 30.0f;
+        info->presets[p].frameRateValid = true;
+        info->presets[p].intTime = 0.001 / (1u << p);
+        info->presets[p].intTimeValid = true;
+        info->presets[p].minTemp = static_cast<float>(minC);
+        info->presets[p].maxTemp = static_cast<float>(maxC);
+    }
+    info->time = CDateTime::Now();
+    info->timeValid = true;
+    info->valid = true;
+    return true;
+}
+
+int WriteSynthRecording(const std::string& path, CReduceObjectArray& objs, unsigned width, unsigned height,
+                        unsigned frames, const std::function<uint16_t(double, unsigned, unsigned, unsigned)>& counts)
+{
+    CTempOutput out(path);
+    TSharedPtr<IFile> file = fileSystem()->Open(out.path().c_str(), unsigned(IFileSystem::modeRead) | unsigned(IFileSystem::openWrite));
+    if (!file) return Fail("%s: cannot create the file", out.path().c_str());
+    if (!StartQRTFile(file, objs, true)) return Fail("%s: writing the info blocks failed", path.c_str());
+
+    TArray<uint16_t> frame;
+    frame.resize(size_t(width) * height);
+    CProgress progress("synth", frames);
+    for (unsigned f = 0; f < frames; ++f) {
+        for (unsigned y = 0; y < height; ++y) {
+            for (unsigned x = 0; x < width; ++x) {
+                uint16_t c = counts(SceneCelsius(x, y, f, frames, width, height), x, y, f);
+                // Frames are little-endian on disk.
+                unsigned char* p = reinterpret_cast<unsigned char*>(&frame[size_t(y) * width + x]);
+                p[0] = static_cast<unsigned char>(c & 0xff);
+                p[1] = static_cast<unsigned char>(c >> 8);
+            }
+        }
+        if (!file->WriteBytes(frame.data(), static_cast<unsigned int>(frame.size() * 2)))
+            return Fail("%s: writing frame %u failed (disk full?)", path.c_str(), f);
+        progress.Step(f + 1);
+    }
+    unsigned int counts4[4] = {frames, 0, 0, 0};
+    if (!FinishQRTFile(file, counts4, true)) return Fail("%s: finishing the recording failed", path.c_str());
+    file.reset();
+    if (!out.Commit()) return Fail("%s: cannot rename the finished file into place", path.c_str());
+    return 0;
+}
+
+namespace {
+// The calibration families synth can write, each in a file of its own.
+int RunSynthFamily(const std::string& family, const std::string& path, unsigned w, unsigned h, unsigned frames)
+{
+    if (family == "user") return RunSynth(path, w, h, frames);
+    if (w < 8 || h < 8 || w > 65535 || h > 65535)
+        return Fail("synth: the size must be at least 8x8 and at most 65535x65535, not %ux%u", w, h);
+    if (frames == 0) return Fail("synth: at least one frame is needed");
+    if (family == "ombria") return RunSynthOmbria(path, w, h, frames);
+    if (family == "corvane") return RunSynthCorvane(path, w, h, frames);
+    return Fail("synth: unknown family '%s'; known: user, ombria, corvane", family.c_str());
+}
+} // namespace
+
 namespace {
 
 // Camera pixel types that synth writes; each writer keeps its own file.
@@ -245,6 +333,7 @@ void AddSynth(CLI::App& app)
         std::string size = "320x256";
         unsigned frames = 10;
         std::string pixelType;
+        std::string family = "user";
     };
     auto args = std::make_shared<SArgs>();
     CLI::App* cmd = app.add_subcommand("synth", "Write a synthetic recording of a known temperature scene");
@@ -254,6 +343,8 @@ void AddSynth(CLI::App& app)
         "temperature from a radiance table. The scene, in Celsius: a background of\n"
         "20 + 15 x / (W - 1), a hot disc at 120 of radius min(W, H) / 8 moving from x = W/4\n"
         "to 3W/4 along y = H/2 over the frames, and deterministic noise of +-0.1.\n"
+        "With --family, the same scene goes through a camera family's factory calibration\n"
+        "instead, to be read in \"Temperature (Factory)\".\n"
         "With --pixel-type the frames are those of a camera: \"TLK-RV\" and \"TLK-MX\" carry the\n"
         "scene behind a camera header row (IRIG time, sensor temperatures, both lens block\n"
         "versions), \"BayerRG8\", \"BayerGR8\", \"BayerGB8\", \"BayerBG8\" and \"BayerGRBG\" a colour\n"
@@ -264,6 +355,10 @@ void AddSynth(CLI::App& app)
     cmd->add_option("FILE", args->path, "Recording to write")->required();
     cmd->add_option("--size", args->size, "Image size WxH")->capture_default_str();
     cmd->add_option("--frames", args->frames, "Number of frames")->capture_default_str();
+    cmd->add_option("--family", args->family,
+                    "Calibration: user (a user calibration), or the factory calibration of a camera family: "
+                    "ombria, corvane")
+        ->capture_default_str();
     cmd->add_option("--pixel-type", args->pixelType,
                     "Write frames of a camera pixel type (\"TLK-RV\", \"BayerRG8\" ...), with its headers");
     cmd->callback([args] {
@@ -271,7 +366,7 @@ void AddSynth(CLI::App& app)
         char tail = 0;
         if (std::sscanf(args->size.c_str(), "%ux%u%c", &w, &h, &tail) != 2)
             throw CLI::ValidationError("--size", "expected WxH, for example 640x512, not '" + args->size + "'");
-        int rc = args->pixelType.empty() ? RunSynth(args->path, w, h, args->frames)
+        int rc = args->pixelType.empty() ? RunSynthFamily(args->family, args->path, w, h, args->frames)
                                          : RunSynthCamera(args->path, args->pixelType, w, h, args->frames);
         if (rc == 0) std::printf("wrote %s: %ux%u, %u frames\n", args->path.c_str(), w, h, args->frames);
         g_exitCode = rc;

@@ -1,0 +1,61 @@
+#pragma once
+// CCorvaneConverter: counts of a Corvane camera to temperature, one curve
+// per preset (CSpanFitConv), each served through a 65536-entry table. An
+// active preset without a calibration keeps a curve that answers nothing:
+// its pixels come out 0 and flagged, its value forms false.
+#include "reduce/convert/ConverterFactory.h"
+#include "reduce/families/corvane/SpanFitConv.h"
+
+namespace orv::reduce {
+
+class CCorvaneConverter : public IConverter {
+public:
+    static constexpr const char* kName = "CorvaneConverter";
+    static constexpr unsigned char kIDBytes[16] = {0x7d, 0xf4, 0x1c, 0x62, 0xae, 0x1e, 0x68, 0x4d,
+                                                   0xa3, 0xe5, 0x37, 0x9f, 0x1a, 0xd7, 0x6f, 0x62};
+    static constexpr SGuid classID = GuidFromBytes(kIDBytes);
+    static constexpr unsigned int kLUTSize = 0x10000;
+
+    static bool Register();
+    // Base 0 with a Corvane calibration: 0, 5.
+    static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
+
+    CCorvaneConverter() = default;
+    ~CCorvaneConverter() override;
+
+    CString name() override { return kName; }
+    SGuid id() override { return classID; }
+
+    bool Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,
+                bool* presets, unsigned char numPresets, unsigned int reserved) override;
+    bool canChangeObjectParameters() override { return true; }
+    bool canUseLUT() override { return true; }
+    bool isReversable() override { return true; }
+    bool ChangeObjectParameters(CObjectParametersReduceObject* p) override;
+
+    bool SignalToOutput(unsigned short signal, float& out, unsigned char& status, unsigned char preset) override;
+    bool OutputToSignal(float in, unsigned short& signal, unsigned char& status, unsigned char preset) override;
+    bool SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
+                        unsigned char preset) override;
+    bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
+    bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset) override;
+
+    using IConverter::BaseToOutput;
+    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
+    bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
+                       unsigned char* status) override;
+
+    // Fills the table of a preset if it is not up to date; only for unit 5.
+    bool UpdateLUT(unsigned char preset);
+
+    CSpanFitConv span[8];
+    bool lutValid[8] = {};
+    float* lut[8] = {};
+    unsigned char* lutStatus[8] = {};
+
+private:
+    // Preset 255 and above mean the current preset; 8 when not active.
+    unsigned char PresetOf(unsigned char preset) const;
+};
+
+} // namespace orv::reduce
