@@ -42,6 +42,12 @@ bool CMarloweFactoryCalReduceObject::CreateLUT(int n)
     return true;
 }
 
+void CMarloweFactoryCalReduceObject::CopyFieldsTo(CMarloweFactoryCalReduceObject& target) const
+{
+    // The record's fields only: its version and table size are written, not copied.
+    rec::Table::Copy(*this, target);
+}
+
 TSharedPtr<IReduceObject> CMarloweFactoryCalReduceObject::Duplicate() const
 {
     TSharedPtr<IReduceObject> copy = reduceObjectFactory().CreateByTypeID(typeID);

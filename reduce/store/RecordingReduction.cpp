@@ -70,8 +70,9 @@ bool CRecordingReduction::Prepare()
              m_reader.frameSize(), static_cast<unsigned long long>(m_reader.trailingBytes()));
     else if (pixels() == 0)
         Fail("the frame size is %ux%u", width(), height());
-    else if (m_rawType = PixelDataType(m_reader.pixelType()); DataTypeSize(m_rawType) == 0 || m_rawType > dtFlt64)
-        Fail("pixel type %s holds no single numeric value per pixel", PixelTypeName(m_reader.pixelType()).c_str());
+    // Colour pixels come as RGB triples, which the RGB converter splits.
+    else if (m_rawType = PixelDataType(m_reader.pixelType()); DataTypeSize(m_rawType) == 0 || m_rawType > dtRGB48)
+        Fail("pixel type %s holds no numeric value per pixel", PixelTypeName(m_reader.pixelType()).c_str());
     else
         ok = true;
     if (!ok) {

@@ -185,3 +185,30 @@ TEST_F(CameraProgramTest, V410SarnetAndMX515RecordingsDecode)
     EXPECT_NE(Run("frames cam.qrt"), 0);
     EXPECT_NE(Slurp(dir + "/.err").find("no filter reads pixel type"), std::string::npos);
 }
+
+TEST_F(CameraProgramTest, V410RecordingsReduceToFactoryTemperature)
+{
+    // The factory calibration comes with every frame's camera block; the scene
+    // comes back whatever the layout: byte order, prefix, flip, compression.
+    const std::string size = " --size " + std::to_string(W) + "x" + std::to_string(H) + " --frames 2";
+    for (const char* type : {"\"V410 IR (FNM0)\"", "guidV410GIGEFlip", "guidMJLSIR", "guidSarnetF7M0"}) {
+        SCOPED_TRACE(type);
+        ASSERT_EQ(Run(std::string("synth v.qrt --pixel-type ") + type + size), 0) << Slurp(dir + "/.err");
+        ASSERT_EQ(Run("convert v.qrt --frames 0 --unit \"Temperature (Factory)\" -o v.csv -q"), 0)
+            << Slurp(dir + "/.err");
+        auto t = Frame0("v.csv");
+        ASSERT_EQ(t.size(), H);
+        ASSERT_EQ(t[0].size(), W);
+        EXPECT_NEAR(t[H / 2][W / 4], 120.0, 0.05);
+        EXPECT_NEAR(t[0][0], 20.0, 0.05);
+        EXPECT_NEAR(t[H - 1][W - 1], 35.0, 0.05);
+        EXPECT_NEAR(t[3][W / 2], 20.0 + 15.0 * (W / 2) / (W - 1), 0.05);
+    }
+    // Colour video to a picture.
+    ASSERT_EQ(Run("synth y.qrt --pixel-type guidV410YUY2" + size), 0) << Slurp(dir + "/.err");
+    ASSERT_EQ(Run("convert y.qrt --unit \"RGB (24-bit)\" -o y.png -q"), 0) << Slurp(dir + "/.err");
+    const std::string png = Slurp(dir + "/y.png");
+    ASSERT_GT(png.size(), 24u);
+    EXPECT_EQ(uint8_t(png[19]), W);
+    EXPECT_EQ(uint8_t(png[23]), H);
+}

@@ -79,10 +79,30 @@ bool FillObjects(CReduceObjectArray& objs, unsigned width, unsigned height)
     auto rcal = objs.GetObjectOfType(CRCalReduceObject::typeID, -1, true).DynamicCast<CRCalReduceObject>();
     if (!info || !params || !rcal) return false;
 
-    if (!FillSynthSourceInfo(objs, width, height, 1, kTableLow, kTableHigh)) return false;
+    info->camera = "orvreduce synthetic scene";
+    info->cameraModel = "Synthetic";
+    info->adBits = 16;
+    info->pixelType = pixelGrayscale;
+    info->dataType = dtUInt16;
+    info->baseUnit = unitCounts;
+    info->baseTempType = tempCelsius;
+    info->imageWidth = info->frameWidth = static_cast<uint16_t>(width);
+    info->imageHeight = info->frameHeight = static_cast<uint16_t>(height);
+    info->numPresets = 1;
+    info->presets[0].available = true;
+    info->presets[0].calibrated = true;
+    info->presets[0].frameRate = 30.0f;
+    info->presets[0].frameRateValid = true;
+    info->presets[0].intTime = 0.001;
+    info->presets[0].intTimeValid = true;
+    info->presets[0].minTemp = kTableLow;
+    info->presets[0].maxTemp = kTableHigh;
     info->bandpassStart = 8;
     info->bandpassEnd = 14;
     info->bandpassValid = true;
+    info->time = CDateTime::Now();
+    info->timeValid = true;
+    info->valid = true;
 
     params->emissivity = static_cast<float>(kEmissivity);
     params->distance = 5.0f;

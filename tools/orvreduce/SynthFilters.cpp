@@ -62,7 +62,7 @@ constexpr float kR = 15000.0f, kB = 1400.0f, kF = 1.0f, kGain = 0.01f;
 constexpr uint32_t kStartSeconds = 1700000000; // 2023-11-14
 constexpr size_t kHeadSize = 100;
 
-double SceneCelsius(unsigned x, unsigned y, unsigned f, unsigned w, unsigned h, unsigned n)
+double CameraSceneCelsius(unsigned x, unsigned y, unsigned f, unsigned w, unsigned h, unsigned n)
 {
     const double cx = w / 4.0 + f * (w / 2.0) / (n > 1 ? n - 1 : 1), cy = h / 2.0;
     const double r = std::fmin(w, h) / 8.0, dx = x - cx, dy = y - cy;
@@ -212,7 +212,7 @@ bool WriteFrame(const SCameraType& t, unsigned f, unsigned w, unsigned h, unsign
     std::vector<unsigned char> rgb(n * 3);
     for (unsigned y = 0; y < h; ++y)
         for (unsigned x = 0; x < w; ++x) {
-            const double c = SceneCelsius(x, y, f, w, h, frames);
+            const double c = CameraSceneCelsius(x, y, f, w, h, frames);
             counts[size_t(y) * w + x] = OmbriaCounts(c);
             FalseColour(c, &rgb[(size_t(y) * w + x) * 3]);
         }
