@@ -51,11 +51,11 @@ inline constexpr uint32_t kShortTexts = 4;
 inline constexpr SRecordField shortTexts{170, 10 * kShortTexts};
 // Drift offset model (float, image values), records above 0x10000 only:
 // a9 - b9 L(sensor 9) + a10 - b10 L(sensor 10) + c11 (sensor 11 - t0).
-inline constexpr SRecordField driftA9{210, 4};
-inline constexpr SRecordField driftB9{214, 4};
-inline constexpr SRecordField driftA10{218, 4};
-inline constexpr SRecordField driftB10{222, 4};
-inline constexpr SRecordField driftC11{226, 4};
+inline constexpr TAt<float> driftA9{210};
+inline constexpr TAt<float> driftB9{214};
+inline constexpr TAt<float> driftA10{218};
+inline constexpr TAt<float> driftB10{222};
+inline constexpr TAt<float> driftC11{226};
 inline constexpr SRecordField reserved{230, 282};
 inline constexpr SRecordField fields[] = {recordSize, version, R, B, F, alpha1, alpha2, beta1, beta2, X,
                                           clampHighTemp, validHighTemp, validLowTemp, clampLowTemp,

@@ -27,8 +27,8 @@ bool CRecordingReduction::Fail(const char* format, ...)
 
 void CRecordingReduction::Close()
 {
+    m_context = std::make_unique<CConvertContext>();
     m_reader.Close();
-    m_context.setReduceObjs(nullptr);
     m_units.clear();
     m_path = CString();
     m_unit = unitCounts;
@@ -85,15 +85,15 @@ bool CRecordingReduction::Prepare()
         return false;
     }
     m_raw.resize(m_reader.PixelBufferSize(m_rawType));
-    m_context.setReduceObjs(&m_reader.reduceObjs());
+    m_context->setReduceObjs(&m_reader.reduceObjs());
     m_units.add(info->baseUnit);
     TArray<EUnit> offered;
-    m_context.GetUnits(offered);
+    m_context->GetUnits(offered);
     for (EUnit u : offered)
         if (!offersUnit(u)) m_units.add(u);
     m_unit = info->baseUnit;
     m_scale = info->baseTempType;
-    m_context.SetUnit(m_unit, m_scale);
+    m_context->SetUnit(m_unit, m_scale);
     return true;
 }
 
@@ -115,9 +115,9 @@ bool CRecordingReduction::SetUnit(EUnit unit, ETempType scale)
         return Fail("cannot be shown in \"%s\"; it offers: %s", UnitToString(unit), list.c_str());
     }
     if (scale < tempCelsius || scale > tempRankine) return Fail("unknown temperature scale %d", int(scale));
-    if (!m_context.SetUnit(unit, scale)) {
+    if (!m_context->SetUnit(unit, scale)) {
         // The context keeps no converter now; put the previous one back.
-        m_context.SetUnit(m_unit, m_scale);
+        m_context->SetUnit(m_unit, m_scale);
         m_activePreset = -1;
         return Fail("no converter gives \"%s\"", UnitToString(unit));
     }
@@ -189,7 +189,7 @@ bool CRecordingReduction::Activate(uint8_t preset)
     bool presets[8] = {};
     if (preset >= 8) return false;
     presets[preset] = true;
-    if (!m_context.Update(presets, 8, 0)) return false;
+    if (!m_context->Update(presets, 8, 0)) return false;
     m_activePreset = preset;
     return true;
 }
@@ -229,7 +229,7 @@ bool CRecordingReduction::Reduce(uint64_t index, float* values, unsigned char* s
     if (!Decode(index)) return false;
     const unsigned n = static_cast<unsigned>(pixels());
     std::memset(status, 0, n);
-    if (!m_context.Convert(raw(), STypedData(values, dtFlt32), status, n))
+    if (!m_context->Convert(raw(), STypedData(values, dtFlt32), status, n))
         return Fail("frame %llu: the conversion to \"%s\" failed", static_cast<unsigned long long>(index),
                     UnitToString(m_unit));
     return true;

@@ -109,7 +109,7 @@ public:
     uint64_t decodedFrame() const { return m_decoded; }
 
     CRecordingReader& reader() { return m_reader; }
-    CConvertContext& context() { return m_context; }
+    CConvertContext& context() { return *m_context; }
 
 private:
     bool Fail(const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -118,7 +118,9 @@ private:
 
     CString m_path;
     CRecordingReader m_reader;
-    CConvertContext m_context;
+    // Made anew before the reader lets go of the objects it points into, and
+    // declared after the reader, so that it never holds them last.
+    std::unique_ptr<CConvertContext> m_context = std::make_unique<CConvertContext>();
     TArray<EUnit> m_units;
     EUnit m_unit = unitCounts;
     ETempType m_scale = tempCelsius;
