@@ -154,8 +154,8 @@ bool CRecordingReduction::SetObjectParameters(double emissivity, double distance
     // Converters keep their tables across Update; only ChangeObjectParameters
     // (or a new converter) builds them again for the new parameters.
     auto now = objs.GetObjectParameters(false);
-    if (!now || !m_context.canChangeObjectParameters() || !m_context.ChangeObjectParameters(now.get()))
-        m_context.SetUnit(m_unit, m_scale);
+    if (!now || !m_context->canChangeObjectParameters() || !m_context->ChangeObjectParameters(now.get()))
+        m_context->SetUnit(m_unit, m_scale);
     m_activePreset = -1;
     return true;
 }
