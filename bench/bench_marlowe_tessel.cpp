@@ -71,7 +71,7 @@ void Recording(CReduceObjectArray& objs, bool tessel)
             auto t = objs.GetObjectOfType(CTesselFactoryCalReduceObject::typeID, i, true)
                          .DynamicCast<CTesselFactoryCalReduceObject>();
             namespace rec = tesselRecord;
-            const std::pair<SRecordField, float> fields[] = {
+            const std::pair<TAt<float>, float> fields[] = {
                 {rec::R, 500000.0f}, {rec::B, 1430.0f}, {rec::F, 1.0f}, {rec::X, 0.8f}, {rec::alpha1, 0.0066f},
                 {rec::alpha2, 0.0126f}, {rec::clampHighTemp, 443.15f}, {rec::validHighTemp, 423.15f},
                 {rec::validLowTemp, 253.15f}, {rec::clampLowTemp, 233.15f}, {rec::rangeHighTemp, 443.15f},

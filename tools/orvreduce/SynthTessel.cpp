@@ -21,7 +21,7 @@ void MakeCalibration(CTesselFactoryCalReduceObject& cal, unsigned preset)
 {
     namespace rec = tesselRecord;
     // Object signal in image values, about 1800 at -20 C to 13000 at 120 C.
-    const std::pair<SRecordField, float> fields[] = {
+    const std::pair<TAt<float>, float> fields[] = {
         {rec::R, 500000.0f}, {rec::B, 1430.0f}, {rec::F, 1.0f}, {rec::alpha1, 0.006569f},
         {rec::alpha2, 0.01262f}, {rec::beta1, 0.0005f}, {rec::beta2, 0.001f}, {rec::X, 0.8f},
         {rec::clampHighTemp, 443.15f}, {rec::validHighTemp, 423.15f}, {rec::validLowTemp, 253.15f},

@@ -44,7 +44,7 @@ void MarloweRecording(CReduceObjectArray& objs, std::initializer_list<int> calib
 void PutTesselCal(CTesselFactoryCalReduceObject& o, const _cal_param_t& c, const _tdrift_par_t& d)
 {
     namespace rec = tesselRecord;
-    const std::pair<SRecordField, float> fields[] = {
+    const std::pair<TAt<float>, float> fields[] = {
         {rec::R, c.R}, {rec::B, c.B}, {rec::F, c.F}, {rec::alpha1, c.alpha1}, {rec::alpha2, c.alpha2},
         {rec::beta1, c.beta1}, {rec::beta2, c.beta2}, {rec::X, c.X}, {rec::clampHighTemp, c.clampHighTemp},
         {rec::validHighTemp, c.validHighTemp}, {rec::validLowTemp, c.validLowTemp},
@@ -232,7 +232,7 @@ TEST(FamilyConverters, BrokenCalibrationsFlagOrFail)
         auto m = objs.GetObjectOfType(CMarloweFactoryCalReduceObject::typeID, 0, false)
                      .DynamicCast<CMarloweFactoryCalReduceObject>();
         const float bad[4] = {0.0f, std::nanf(""), 1e38f, -1e38f};
-        for (SRecordField f : {tesselRecord::R, tesselRecord::B, tesselRecord::gain, tesselRecord::rangeHighTemp})
+        for (TAt<float> f : {tesselRecord::R, tesselRecord::B, tesselRecord::gain, tesselRecord::rangeHighTemp})
             t->SetFloat(f, bad[variant]);
         m->rbfR = m->rbfB = m->coeffs[1] = bad[variant];
         m->minCounts = variant == 3 ? 60000 : m->minCounts;
