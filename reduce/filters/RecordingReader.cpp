@@ -1,4 +1,5 @@
 #include "reduce/filters/RecordingReader.h"
+#include "reduce/objects/FrameInfoReduceObject.h"
 
 #include "reduce/filters/GenericFilter.h"
 
@@ -223,6 +224,7 @@ bool CRecordingReader::DecodeFrame(uint64_t index, STypedData pixels, uint64_t p
                                   STypedData(static_cast<void*>(nullptr), dtNoData), m_objects, preset))
             return Fail("the \"%s\" filter cannot decode frame %llu", m_filter->GetName(),
                         static_cast<unsigned long long>(index));
+        SequencePreset(index, preset);
         return true;
     }
     m_frame.resize(m_header.frameStride);
@@ -231,6 +233,12 @@ bool CRecordingReader::DecodeFrame(uint64_t index, STypedData pixels, uint64_t p
                               m_objects, preset))
         return Fail("the \"%s\" filter cannot decode frame %llu into %s", m_filter->GetName(),
                     static_cast<unsigned long long>(index), DataTypeText(pixels.type));
+    SequencePreset(index, preset);
+    return true;
+}
+
+void CRecordingReader::SequencePreset(uint64_t index, uint8_t& preset)
+{
     // A frame without a header of its own (the generic filter's) reports
     // preset 0; with preset sequencing declared, frames take the available
     // presets in turn, which is how such a camera writes them.
@@ -241,8 +249,19 @@ bool CRecordingReader::DecodeFrame(uint64_t index, STypedData pixels, uint64_t p
         for (uint8_t i = 0; i < 8; ++i)
             if (info->presets[i].available) available[count++] = i;
         if (count > 0) preset = available[index % count];
+        // The filter filled preset 0's frame info; the frame's own preset
+        // gets the same, so that frame info is found where the frame is.
+        TSharedPtr<CFrameInfoReduceObject> from = m_objects.GetFrameInfo(0, false);
+        TSharedPtr<CFrameInfoReduceObject> to = preset ? m_objects.GetFrameInfo(preset, true) : nullptr;
+        if (from && to) {
+            to->valid = from->valid;
+            to->frame = from->frame;
+            to->time = from->time;
+            to->timeSource = from->timeSource;
+            to->fresh = from->fresh;
+            to->extra = from->extra;
+        }
     }
-    return true;
 }
 
 } // namespace orv::reduce

@@ -83,6 +83,8 @@ public:
     bool DecodeFrame(uint64_t index, STypedData pixels, uint64_t pixelsSize, uint8_t& preset);
 
 private:
+    // The preset of a headerless frame in a recording that declares preset sequencing.
+    void SequencePreset(uint64_t index, uint8_t& preset);
     bool Fail(const char* format, ...) __attribute__((format(printf, 2, 3)));
     // Whether the decoded pixels are the frame's first bytes unchanged.
     bool PixelsAsStored(STypedData pixels);

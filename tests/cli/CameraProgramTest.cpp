@@ -122,7 +122,7 @@ TEST_F(CameraProgramTest, BayerRecordingGivesChannelsAndAColourPicture)
         SCOPED_TRACE(type);
         const bool deep = std::string(type) == "BayerGRBG";
         const double top = deep ? 65535 : 255;
-        ASSERT_EQ(Run(std::string("synth c.qrt --size 96x40 --frames 2 --pixel-type ") + type), 0);
+        ASSERT_EQ(Run(std::string("synth --force c.qrt --size 96x40 --frames 2 --pixel-type ") + type), 0);
         ASSERT_EQ(Run("convert c.qrt --frames 0 --unit \"Red Channel\" -o r.csv -q"), 0) << Slurp(dir + "/.err");
         ASSERT_EQ(Run("convert c.qrt --frames 0 --unit \"Green Channel\" -o g.csv -q"), 0);
         auto red = Frame0("r.csv"), green = Frame0("g.csv");
@@ -175,13 +175,13 @@ TEST_F(CameraProgramTest, V410SarnetAndMX515RecordingsDecode)
     std::string out;
     for (const auto& [type, expected] : cases) {
         SCOPED_TRACE(type);
-        ASSERT_EQ(Run(std::string("synth cam.qrt --size 32x16 --frames 3 --pixel-type ") + type), 0)
+        ASSERT_EQ(Run(std::string("synth --force cam.qrt --size 32x16 --frames 3 --pixel-type ") + type), 0)
             << Slurp(dir + "/.err");
         ASSERT_EQ(Run("frames cam.qrt --first 1 --count 1", &out), 0) << Slurp(dir + "/.err");
         EXPECT_NE(out.find(expected), std::string::npos) << out;
     }
     // JPEG screen frames are written, but no filter is handed out for them.
-    EXPECT_EQ(Run("synth cam.qrt --size 32x16 --frames 2 --pixel-type guidMJPG"), 0) << Slurp(dir + "/.err");
+    EXPECT_EQ(Run("synth --force cam.qrt --size 32x16 --frames 2 --pixel-type guidMJPG"), 0) << Slurp(dir + "/.err");
     EXPECT_NE(Run("frames cam.qrt"), 0);
     EXPECT_NE(Slurp(dir + "/.err").find("no filter reads pixel type"), std::string::npos);
 }
@@ -193,7 +193,7 @@ TEST_F(CameraProgramTest, V410RecordingsReduceToFactoryTemperature)
     const std::string size = " --size " + std::to_string(W) + "x" + std::to_string(H) + " --frames 2";
     for (const char* type : {"\"V410 IR (FNM0)\"", "guidV410GIGEFlip", "guidMJLSIR", "guidSarnetF7M0"}) {
         SCOPED_TRACE(type);
-        ASSERT_EQ(Run(std::string("synth v.qrt --pixel-type ") + type + size), 0) << Slurp(dir + "/.err");
+        ASSERT_EQ(Run(std::string("synth --force v.qrt --pixel-type ") + type + size), 0) << Slurp(dir + "/.err");
         ASSERT_EQ(Run("convert v.qrt --frames 0 --unit \"Temperature (Factory)\" -o v.csv -q"), 0)
             << Slurp(dir + "/.err");
         auto t = Frame0("v.csv");
