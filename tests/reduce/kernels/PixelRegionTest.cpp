@@ -25,17 +25,20 @@ std::vector<unsigned> FromRuns(const SPixelRegion& r)
     return out;
 }
 
+struct SCollect {
+    static constexpr bool kNeedsXY = false; // index lists here carry no width
+    std::vector<unsigned>& out;
+    void operator()(size_t flat, size_t i, unsigned, unsigned)
+    {
+        EXPECT_EQ(i, out.size());
+        out.push_back(unsigned(flat));
+    }
+};
+
 std::vector<unsigned> FromWalker(const SPixelRegion& r)
 {
     std::vector<unsigned> out;
-    struct SBody {
-        std::vector<unsigned>& out;
-        void operator()(size_t flat, size_t i, unsigned, unsigned)
-        {
-            EXPECT_EQ(i, out.size());
-            out.push_back(unsigned(flat));
-        }
-    } body{out};
+    SCollect body{out};
     r.Visit([&](const auto& walk) { walk(body); });
     return out;
 }
