@@ -9,6 +9,8 @@ JOBS       ?= $(shell nproc)
 # ccache, when the machine has it, lets the builds share what they compiled
 # before (a second `make test-asan` recompiles only what changed).
 CCACHE     := $(shell command -v ccache 2>/dev/null)
+# Precompiled headers are cached only with these relaxations.
+export CCACHE_SLOPPINESS ?= pch_defines,time_macros
 CMAKE_ARGS ?= $(if $(CCACHE),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 PREFIX     ?= /usr/local
 
@@ -29,9 +31,13 @@ test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 # AddressSanitizer + UndefinedBehaviorSanitizer build of the library and all
-# tests, the fuzz corpus replays included; no benchmarks.
+# tests, the fuzz corpus replays included; no benchmarks. -O1 with line
+# tables only: the instrumented kernels compile in less than half the time of
+# -O2 -g, and the reports still name file and line.
+ASAN_FLAGS ?= -O1 -g1 -DNDEBUG
 test-asan: deps
-	cmake -S . -B $(BUILD_ASAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORV_SANITIZE=ON -DORV_BENCH=OFF $(CMAKE_ARGS)
+	cmake -S . -B $(BUILD_ASAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=$(ASAN_FLAGS)" \
+	  "-DCMAKE_C_FLAGS_RELWITHDEBINFO=$(ASAN_FLAGS)" -DORV_SANITIZE=ON -DORV_BENCH=OFF $(CMAKE_ARGS)
 	cmake --build $(BUILD_ASAN) -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(BUILD_ASAN) --output-on-failure -j $(JOBS)

@@ -75,6 +75,15 @@ inline unsigned int LUTIndexOf(S v, unsigned short low, unsigned short high)
     else return LUTIndex(v, low, high);
 }
 
+// The longest run of table entries low .. high whose status is zero (low >
+// high when there is none worth using). Status tables flag the ends of the
+// calibrated range; the pixels of a frame mostly lie between.
+struct SZeroRun {
+    unsigned int low, high;
+};
+SZeroRun LongestZeroRun(const unsigned char* lutStatus, unsigned int entries);
+constexpr unsigned int kZeroRunPixels = 4096;
+
 // The whole-range unsigned 16-bit to float loop, the one every counts frame
 // takes: the plain loop and the AVX2 gather loop (false where the processor
 // has none). Both copy table bits, so their results are identical.

@@ -2,8 +2,10 @@
 // form, and look-up statistics against the calculator fed by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -304,6 +306,22 @@ TEST(ApplyLUT, WholeRangePathsCopyTheSameBits)
             EXPECT_EQ(got->second, want.second);
         }
     }
+    // A status table flagged at both ends and here and there between, as
+    // converters build them: blocks inside the zero run take the stored-zeros
+    // path, the others the gathered status, with the same bytes.
+    for (unsigned k = 0; k < kEntries; ++k) ls[k] = k < 900 || k > 60000 || k % 4099 == 0 ? 0x08 : 0;
+    std::vector<uint16_t> scene(65536 + 5);
+    for (unsigned i = 0; i < scene.size(); ++i) scene[i] = uint16_t(i % 7 == 0 ? rng() : 20000 + i % 3000);
+    {
+        std::vector<float> wantValues(scene.size()), gotValues(scene.size());
+        std::vector<unsigned char> wantFlags(scene.size()), gotFlags(scene.size());
+        priv::ApplyLUTFullU16Plain(scene.data(), wantValues.data(), wantFlags.data(), unsigned(scene.size()),
+                                   lut.data(), ls.data());
+        ApplyLUT(STypedData(scene.data(), dtUInt16), STypedData(gotValues.data(), dtFlt32), gotFlags.data(),
+                 unsigned(scene.size()), lut.data(), ls.data(), 0, 65535);
+        EXPECT_EQ(std::memcmp(gotValues.data(), wantValues.data(), scene.size() * 4), 0);
+        EXPECT_EQ(gotFlags, wantFlags);
+    }
     // An 8-bit source under a table that covers 0 .. 255 skips the limits too.
     std::vector<uint8_t> bytes(n);
     for (unsigned i = 0; i < n; ++i) bytes[i] = uint8_t(src[i]);
@@ -318,3 +336,33 @@ TEST(ApplyLUT, WholeRangePathsCopyTheSameBits)
     EXPECT_EQ(std::memcmp(got.data(), want.data(), n * 8), 0);
     EXPECT_EQ(gotStatus, wantStatus);
 }
+
+// The zero run is all zeros, and it is the longest one when runs are long.
+TEST(ApplyLUT, LongestZeroRunOfStatusTables)
+{
+    std::mt19937 rng(15);
+    for (int trial = 0; trial < 200; ++trial) {
+        const unsigned n = 1 + rng() % 3000;
+        std::vector<unsigned char> st(n, 0);
+        for (int f = int(rng() % 6); f > 0; --f) { // flagged stretches
+            const unsigned at = rng() % n, len = 1 + rng() % 300;
+            for (unsigned k = at; k < std::min(n, at + len); ++k) st[k] = (unsigned char)(1 + rng() % 255);
+        }
+        unsigned bestLen = 0, run = 0;
+        for (unsigned k = 0; k < n; ++k) {
+            run = st[k] ? 0 : run + 1;
+            bestLen = std::max(bestLen, run);
+        }
+        const priv::SZeroRun z = priv::LongestZeroRun(st.data(), n);
+        if (z.low > z.high) {
+            EXPECT_LT(bestLen, 16u) << trial;
+            continue;
+        }
+        ASSERT_LT(z.high, n);
+        for (unsigned k = z.low; k <= z.high; ++k) ASSERT_EQ(st[k], 0) << trial << " at " << k;
+        if (bestLen >= 16) {
+            EXPECT_EQ(z.high - z.low + 1, bestLen) << trial;
+        }
+    }
+}
+
