@@ -142,18 +142,22 @@ class Recording:
 
     def read(self, frames: Frames = None, unit: str = "temperature", scale: Union[str, int] = "C",
              emissivity: Optional[float] = None, distance: Optional[float] = None,
-             status: bool = False) -> Union[np.ndarray, Tuple[np.ndarray, np.ndarray]]:
+             status: bool = False, threads: int = 0) -> Union[np.ndarray, Tuple[np.ndarray, np.ndarray]]:
         """Frames in a unit, as float32 of shape (frames, height, width).
 
         frames: None (all), an index, a slice or a list of indices.
         unit: see resolve_unit; scale: C, F, K or R for temperatures.
         emissivity, distance: replace the recording's own for this read.
         status: also return the uint8 status planes (0 good, 1 outside the
-        calibration's limits, 2 and 4 clamped low and high)."""
+        calibration's limits, 2 and 4 clamped low and high).
+        threads: threads for runs of consecutive frames, 0 for every core;
+        the values do not depend on it."""
         indices = self._indices(frames)
+        if int(threads) < 0:
+            raise ValueError(f"threads must be 0 (every core) or more, not {threads}")
         values, planes = self._rec.read(indices, self.resolve_unit(unit), self._scale(scale),
                                         -1.0 if emissivity is None else float(emissivity),
-                                        -1.0 if distance is None else float(distance), bool(status))
+                                        -1.0 if distance is None else float(distance), bool(status), int(threads))
         return (values, planes) if status else values
 
     def raw(self, index: int) -> np.ndarray:

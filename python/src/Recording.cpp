@@ -117,7 +117,7 @@ public:
     // Frames (indices already checked non-negative by the package) to
     // values and, when asked, status planes.
     py::tuple Read(const std::vector<int64_t>& frames, const std::string& unitText, int scale,
-                   double emissivity, double distance, bool withStatus)
+                   double emissivity, double distance, bool withStatus, unsigned threads)
     {
         std::lock_guard<std::mutex> hold(m_lock);
         Check();
@@ -142,15 +142,31 @@ public:
         }
         float* out = values.mutable_data();
         bool ok = true;
-        size_t failed = 0;
         {
             py::gil_scoped_release release;
-            for (size_t i = 0; i < n && ok; ++i) {
-                ok = r.Reduce(uint64_t(frames[i]), out + i * pixels, statusOut + (withStatus ? i * pixels : 0), pixels);
-                failed = i;
+            // Runs of consecutive frames are reduced on the threads, each
+            // block straight into its place in the array; lone frames here.
+            for (size_t i = 0; i < n && ok;) {
+                size_t run = 1;
+                while (i + run < n && frames[i + run] == frames[i] + int64_t(run)) ++run;
+                const uint64_t at = uint64_t(frames[i]);
+                if (run == 1) {
+                    ok = r.Reduce(at, out + i * pixels, statusOut + (withStatus ? i * pixels : 0), pixels);
+                } else {
+                    float* values = out + i * pixels;
+                    uint8_t* planes = withStatus ? statusOut + i * pixels : nullptr;
+                    ok = r.ReduceFrames(
+                        at, at + run, threads, [](uint64_t, uint64_t, const float*, const unsigned char*) { return true; },
+                        0, [&](uint64_t first, uint64_t, float*& v, unsigned char*& st) {
+                            v = values + (first - at) * pixels;
+                            if (planes) st = planes + (first - at) * pixels;
+                        });
+                }
+                i += run;
             }
         }
-        if (!ok) RaiseOSError(m_path + ": frame " + std::to_string(frames[failed]) + ": " + Text(r.lastError()));
+        // The reduction's reasons name the frame.
+        if (!ok) RaiseOSError(m_path + ": " + Text(r.lastError()));
         return withStatus ? py::make_tuple(values, status) : py::make_tuple(values, py::none());
     }
 
@@ -365,7 +381,7 @@ void BindRecording(py::module_& m)
         .def("num_frames", &CPyRecording::NumFrames)
         .def("info", &CPyRecording::Info)
         .def("read", &CPyRecording::Read, py::arg("frames"), py::arg("unit"), py::arg("scale"),
-             py::arg("emissivity"), py::arg("distance"), py::arg("status"))
+             py::arg("emissivity"), py::arg("distance"), py::arg("status"), py::arg("threads"))
         .def("raw", &CPyRecording::Raw, py::arg("index"))
         .def("frame_info", &CPyRecording::FrameInfo, py::arg("index"))
         .def("verify", &CPyRecording::Verify)

@@ -100,7 +100,14 @@ def test_failures_raise_with_the_reason(recording, tmp_path):
 def test_threads_read_in_parallel_with_the_same_result(tmp_path):
     paths = [synth(tmp_path / f"r{i}.qrt", frames=8) for i in range(2)]
     with orvreduce.open(paths[0]) as rec:
-        expected = rec.read()
+        # Frame by frame, runs reduced on one and on two threads: one result.
+        expected = np.stack([rec.read(i)[0] for i in range(8)])
+        for threads in (1, 2):
+            np.testing.assert_array_equal(rec.read(threads=threads), expected)
+        order = [5, 6, 7, 0, 2, 3]
+        values, status = rec.read(order, status=True, threads=2)
+        np.testing.assert_array_equal(values, expected[order])
+        np.testing.assert_array_equal(status, rec.read(order, status=True, threads=1)[1])
     results = {}
 
     def work(key, path):

@@ -99,6 +99,17 @@ public:
     // blockFrames fixes the frames of a block; 0 sizes blocks by memory.
     bool ReduceFrames(uint64_t first, uint64_t end, unsigned threads, const TFrameBlockSink& sink,
                       uint64_t blockFrames = 0);
+    // Where a block is reduced to: room for count frames' values and status
+    // bytes, pixels() each, frame after frame, from frame first on. Called
+    // from the reducing threads at once, blocks in any order; a null values
+    // (or status) pointer leaves that part to buffers of the reduction's own.
+    // The sink then receives the same pointers, in frame order.
+    using TFrameBlockTarget =
+        std::function<void(uint64_t first, uint64_t count, float*& values, unsigned char*& status)>;
+    // ReduceFrames reducing each block straight into the caller's memory (a
+    // whole array, a mapped output file): no copy, and every thread writes.
+    bool ReduceFrames(uint64_t first, uint64_t end, unsigned threads, const TFrameBlockSink& sink,
+                      uint64_t blockFrames, const TFrameBlockTarget& target);
     // The per-frame objects of frame index (time, frame number, preset),
     // decoded without its pixels; null with a reason on failure.
     TSharedPtr<CFrameInfoReduceObject> FrameInfo(uint64_t index);

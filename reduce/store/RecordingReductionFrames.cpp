@@ -25,8 +25,12 @@ constexpr size_t kMaxBlockBytes = size_t(4) << 20;
 struct SFrameBlock {
     uint64_t first = 0;
     uint64_t count = 0;
-    std::vector<float> values;
-    std::vector<unsigned char> status;
+    // Where this block goes: the caller's memory or the buffers below,
+    // which are allocated only when needed.
+    float* values = nullptr;
+    unsigned char* status = nullptr;
+    std::vector<float> ownValues;
+    std::vector<unsigned char> ownStatus;
     bool ok = false;
     CString error;
 };
@@ -37,7 +41,7 @@ bool ReduceBlock(CRecordingReduction& r, SFrameBlock& b)
 {
     const size_t n = r.pixels();
     for (uint64_t k = 0; k < b.count; ++k)
-        if (!r.Reduce(b.first + k, b.values.data() + k * n, b.status.data() + k * n, n)) {
+        if (!r.Reduce(b.first + k, b.values + k * n, b.status + k * n, n)) {
             b.error = r.lastError();
             return false;
         }
@@ -79,6 +83,12 @@ private:
 bool CRecordingReduction::ReduceFrames(uint64_t first, uint64_t end, unsigned threads, const TFrameBlockSink& sink,
                                        uint64_t blockFrames)
 {
+    return ReduceFrames(first, end, threads, sink, blockFrames, TFrameBlockTarget());
+}
+
+bool CRecordingReduction::ReduceFrames(uint64_t first, uint64_t end, unsigned threads, const TFrameBlockSink& sink,
+                                       uint64_t blockFrames, const TFrameBlockTarget& target)
+{
     m_error = CString();
     if (!isOpen()) return Fail("no recording is open");
     if (!sink) return Fail("no receiver for the frames");
@@ -100,17 +110,27 @@ bool CRecordingReduction::ReduceFrames(uint64_t first, uint64_t end, unsigned th
     if (threads > blocks) threads = unsigned(blocks);
     if (path().empty()) threads = 1;
 
-    auto allocate = [&](SFrameBlock& b) {
-        b.values.resize(perBlock * n);
-        b.status.resize(perBlock * n);
+    // The block's destination: the caller's, else buffers of its own.
+    auto place = [&](SFrameBlock& b) {
+        b.values = nullptr;
+        b.status = nullptr;
+        if (target) target(b.first, b.count, b.values, b.status);
+        if (!b.values) {
+            b.ownValues.resize(perBlock * n);
+            b.values = b.ownValues.data();
+        }
+        if (!b.status) {
+            b.ownStatus.resize(perBlock * n);
+            b.status = b.ownStatus.data();
+        }
     };
     if (threads <= 1) {
         SFrameBlock b;
-        allocate(b);
         for (b.first = first; b.first < end; b.first += b.count) {
             b.count = std::min(perBlock, end - b.first);
+            place(b);
             if (!ReduceBlock(*this, b)) return Fail("%s", b.error.c_str());
-            if (!sink(b.first, b.count, b.values.data(), b.status.data()))
+            if (!sink(b.first, b.count, b.values, b.status))
                 return Fail("the receiver of the frames stopped at frame %llu",
                             static_cast<unsigned long long>(b.first));
         }
@@ -134,10 +154,7 @@ bool CRecordingReduction::ReduceFrames(uint64_t first, uint64_t end, unsigned th
                                                          return nullptr;
                                                      }
                                                      SFrameBlock* b = spare.Take();
-                                                     if (!b) {
-                                                         b = spare.Own(std::make_unique<SFrameBlock>());
-                                                         allocate(*b);
-                                                     }
+                                                     if (!b) b = spare.Own(std::make_unique<SFrameBlock>());
                                                      b->first = next;
                                                      b->count = std::min(perBlock, end - next);
                                                      next += b->count;
@@ -148,6 +165,7 @@ bool CRecordingReduction::ReduceFrames(uint64_t first, uint64_t end, unsigned th
                     [&](SFrameBlock* b) {
                         b->ok = false;
                         if (stop) return b; // after a failure: never handed on
+                        place(*b);
                         CRecordingReduction* r = twins.Take();
                         if (!r) {
                             auto twin = std::make_unique<CRecordingReduction>();
@@ -168,7 +186,7 @@ bool CRecordingReduction::ReduceFrames(uint64_t first, uint64_t end, unsigned th
                         if (!b->ok) {
                             error = b->error;
                             stop = true;
-                        } else if (!sink(b->first, b->count, b->values.data(), b->status.data())) {
+                        } else if (!sink(b->first, b->count, b->values, b->status)) {
                             error = CString::FromFormat("the receiver of the frames stopped at frame %llu",
                                                         static_cast<unsigned long long>(b->first));
                             stop = true;

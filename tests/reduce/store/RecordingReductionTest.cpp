@@ -2,6 +2,7 @@
 // verification, on small recordings written here with a known calibration.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -305,6 +306,31 @@ TEST_F(RecordingReductionTest, FramesInBlocksOnSeveralThreadsMatchFrameByFrame)
             EXPECT_EQ(got, std::vector<float>(want.begin() + n, want.end())) << threads << " " << block;
             EXPECT_EQ(status, std::vector<unsigned char>(wantStatus.begin() + n, wantStatus.end()));
         }
+    // Straight into the caller's arrays, status only for odd blocks: the
+    // sink sees the target's pointers, the rest lands in the reduction's own.
+    for (unsigned threads : {1u, 3u}) {
+        std::vector<float> got(kFrames * n, -1.0f);
+        std::vector<unsigned char> status(kFrames * n, 0xEE);
+        std::atomic<int> targets{0};
+        ASSERT_TRUE(r.ReduceFrames(
+            0, kFrames, threads,
+            [&](uint64_t first, uint64_t, const float* v, const unsigned char* s) {
+                EXPECT_EQ(v, &got[first * n]);
+                EXPECT_EQ(s == &status[first * n], first % 2 == 1);
+                return true;
+            },
+            1, [&](uint64_t first, uint64_t count, float*& v, unsigned char*& s) {
+                ++targets;
+                EXPECT_EQ(count, 1u);
+                v = &got[first * n];
+                if (first % 2) s = &status[first * n];
+            }));
+        EXPECT_EQ(targets, int(kFrames));
+        EXPECT_EQ(got, want);
+        for (unsigned f = 0; f < kFrames; ++f)
+            for (size_t i = 0; i < n; ++i)
+                ASSERT_EQ(status[f * n + i], f % 2 ? wantStatus[f * n + i] : 0xEE) << f;
+    }
     int calls = 0;
     EXPECT_FALSE(r.ReduceFrames(0, kFrames, 2, [&](uint64_t, uint64_t, const float*, const unsigned char*) {
         return ++calls < 2;
