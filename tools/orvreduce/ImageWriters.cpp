@@ -156,7 +156,8 @@ CNpyWriter::~CNpyWriter()
 
 bool CNpyWriter::Open(const std::string& path, uint64_t frames, unsigned width, unsigned height, std::string& error)
 {
-    m_file = std::fopen(path.c_str(), "wb");
+    // Read and write: a mapping of the file needs both.
+    m_file = std::fopen(path.c_str(), "w+b");
     if (!m_file) {
         error = "cannot create the .npy file";
         return false;
