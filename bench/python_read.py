@@ -6,7 +6,8 @@ same file in the same run, and beside numpy evaluating the same calibration.
 
 Makes a 640 x 512 synthetic recording, then times
   - orvreduce's rec.read of all its frames (file to float32 temperatures),
-  - bench_reduction, the same through CRecordingReduction in C++,
+    on one thread and on every core,
+  - bench_reduction, the same through CRecordingReduction in C++ (one thread),
   - numpy: counts already in memory (not timed) to temperatures by the
     recording's calibration, radiance = c0 + c1 c + c2 c^2 over the
     emissivity, then the radiance-to-temperature table by interpolation.
@@ -56,7 +57,8 @@ def main():
                        check=True, capture_output=True)
         with orvreduce.open(path) as rec:
             rec.read(0)
-            py = best(lambda: rec.read())
+            py = best(lambda: rec.read(threads=1))
+            pyAll = best(lambda: rec.read())
             counts = np.stack([rec.raw(i) for i in range(len(rec))])
             check = numpy_temperature(counts[:1])
             np.testing.assert_allclose(check, rec.read(0), atol=0.02)
@@ -68,8 +70,9 @@ def main():
     n = args.frames
     print(f"{n} frames of 640x512 to temperature, load {os.getloadavg()[0]:.1f}")
     print(f"  C++ CRecordingReduction  {cpp * 1000:8.1f} ms  {n / cpp:8.0f} frames/s")
-    print(f"  Python rec.read          {py * 1000:8.1f} ms  {n / py:8.0f} frames/s  {py / cpp:5.2f}x the C++ time")
-    print(f"  numpy formula            {npy * 1000:8.1f} ms  {n / npy:8.0f} frames/s  {npy / py:5.1f}x slower than rec.read")
+    print(f"  Python rec.read, 1 thr   {py * 1000:8.1f} ms  {n / py:8.0f} frames/s  {py / cpp:5.2f}x the C++ time")
+    print(f"  Python rec.read, {os.cpu_count()} thr   {pyAll * 1000:8.1f} ms  {n / pyAll:8.0f} frames/s")
+    print(f"  numpy formula            {npy * 1000:8.1f} ms  {n / npy:8.0f} frames/s  {npy / py:5.1f}x slower than rec.read on 1 thread")
 
 
 if __name__ == "__main__":
