@@ -170,7 +170,9 @@ bool CRoiList::LoadBinary(TSharedPtr<IFile> file)
 
 bool CRoiList::SaveBinary(TSharedPtr<IFile> file)
 {
-    if (!file || rois.empty()) return false;
+    // The loader takes at most kMaxBinaryRois regions: a longer list would
+    // make a file that nothing reads back.
+    if (!file || rois.empty() || rois.size() - 1 > kMaxBinaryRois) return false;
     IFile& f = *file;
     f.WriteBytes("SROI", 4);
     f.PutBYTE(1);

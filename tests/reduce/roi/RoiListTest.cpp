@@ -298,6 +298,16 @@ TEST(RoiList, BinaryRoundTripShrinksBoxes)
     // A name of 128 bytes or more keeps its first 128.
     EXPECT_EQ(std::string(back.at(2)->name.c_str()), longName.substr(0, 128));
     EXPECT_EQ(back.at(2)->points.size(), 2u);
+    // As many regions as the loader takes, and not one more.
+    while (list.size() - 1 < CRoiList::kMaxBinaryRois) list.add(CreateRectRoi("r", SRectF{1, 1, 2, 2}));
+    TSharedPtr<IFile> full = MemFile();
+    ASSERT_TRUE(list.SaveBinary(full));
+    full->SeekToBegin();
+    EXPECT_TRUE(back.Load(full));
+    list.add(CreateRectRoi("r", SRectF{1, 1, 2, 2}));
+    TSharedPtr<IFile> over = MemFile();
+    EXPECT_FALSE(list.SaveBinary(over));
+    EXPECT_EQ(over->GetLength(), 0);
 }
 
 TEST(RoiList, EveryOlderBinaryVersion)
