@@ -8,7 +8,11 @@
 // no type test, no switch and no call.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "reduce/convert/RadianceKernels.h"
 #include "reduce/convert/RadiometryTables.h"
@@ -292,95 +296,229 @@ inline double TempPolyValue(double x, const double* c, int order)
     });
 }
 
+// The interval [m-1, m] the reference search takes for x within the rows,
+// or 0 when it takes none (a NaN, or rows that do not ascend). A value
+// exactly on an inner row lies in two intervals, and the one this search
+// reaches first decides the last bit of the result; every faster search
+// below defers to it there.
+inline int ReferenceInterval(double x, const double* t, int size)
+{
+    int lo = 1, hi = size - 1, m = size / 2;
+    while (lo <= hi) {
+        if (t[m] >= x && x >= t[m - 1]) return m;
+        if (x < t[m - 1]) hi = m - 1;
+        else lo = m + 1;
+        m = (lo + hi) / 2;
+    }
+    return 0;
+}
+
+inline double Interpolate(double x, const double* t, const double* temp, int m)
+{
+    return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
+}
+
 // Celsius from a table of at least two rows; inside is false for a value
-// beyond either end, which gets the end row's temperature. This search is
-// the reference: a value exactly on an inner row lies in two intervals, and
-// the one this search reaches first decides the last bit of the result.
+// beyond either end, which gets the end row's temperature. The reference.
 inline double LookupCelsius(double x, const double* t, const double* temp, int size, bool& inside)
 {
     inside = false;
     if (x < t[0]) return temp[0];
     if (x > t[size - 1]) return temp[size - 1];
     inside = true;
-    int lo = 1, hi = size - 1, m = size / 2;
-    while (lo <= hi) {
-        if (t[m] >= x && x >= t[m - 1])
-            return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
-        if (x < t[m - 1]) hi = m - 1;
-        else lo = m + 1;
-        m = (lo + hi) / 2;
-    }
-    // Only a NaN or a table that does not ascend gets here.
-    return std::numeric_limits<double>::quiet_NaN();
+    const int m = ReferenceInterval(x, t, size);
+    return m ? Interpolate(x, t, temp, m) : std::numeric_limits<double>::quiet_NaN();
 }
 
-// Whether the rows strictly ascend: then a value off the rows lies in one
-// interval only, which any search finds.
-inline bool RowsAscend(const double* t, int size)
+// Whether first and then n elements of type D at dst can be written after
+// all n of type S at src were read, with the same result as reading and
+// writing one element after the other: no element is read after an earlier
+// one was written over it.
+template <class S, class D>
+inline bool ReadsPrecedeWrites(const S* src, const D* dst, size_t n)
 {
-    for (int i = 1; i < size; ++i)
-        if (!(t[i - 1] < t[i])) return false;
-    return true;
+    const uintptr_t s = reinterpret_cast<uintptr_t>(src), d = reinterpret_cast<uintptr_t>(dst);
+    if (d + n * sizeof(D) <= s || s + n * sizeof(S) <= d) return true;
+    return d <= s && sizeof(D) <= sizeof(S);
 }
 
-// A temperature table ready for many searches. The reference search guesses
-// wrong at about every other row it visits; here, for ascending rows, a grid
-// of cells over the rows' range gives each value a first row to try that
-// lies at most a little below its interval, and two steps without branches
-// nearly always reach it. Values on a row, rare in measured data, and tables
-// that do not ascend go to the reference search, so results are the same to
-// the bit. Small calls do not build the grid and search as the reference.
+// A temperature table ready for many searches. For finite rows that do not
+// fall, a grid of cells over the rows' range gives each value the first row
+// to try, and a fixed number of steps without branches (one when no cell
+// holds two rows) find its interval; values exactly on a row, rare in
+// measured data, take the reference search's interval, so results are the
+// same to the bit. Run converts whole runs in chunks so that the two
+// divisions of each value sit in loops the compiler vectorises: per value,
+// they cost more than the search. Other tables, and calls too small to pay
+// for the grid, search as the reference.
 class CLookupRows {
 public:
-    static constexpr int kMaxCells = 1024;
-
     CLookupRows() = default;
     // withGrid: build the grid (worth it from about a thousand values).
     CLookupRows(const double* t, const double* temp, int size, bool withGrid)
         : m_t(t), m_temp(temp), m_size(size)
     {
-        if (!withGrid || !RowsAscend(t, size)) return;
-        const int cells = std::min(kMaxCells, 16 * size);
+        if (!withGrid || size < 2) return;
+        for (int i = 0; i < size; ++i)
+            if (!std::isfinite(t[i]) || std::isnan(temp[i]) || (i && !(t[i - 1] <= t[i]))) return;
         const double range = t[size - 1] - t[0];
-        const double scale = cells / range;
-        if (!(range > 0) || !std::isfinite(range) || !std::isfinite(scale)) return;
-        // Cell c gets the first row not below the start of cell c - 2: the
-        // cell a value computes is at most one above its true cell, and the
-        // start computed here is then still below the value.
-        const double step = range / cells;
-        for (int c = 0; c < cells; ++c)
-            m_grid[c] = c < 2 ? 0 : int(std::lower_bound(t, t + size, t[0] + (c - 2) * step) - t);
-        m_cells = cells;
-        m_scale = scale;
+        int cells = std::min(kMaxCells, 16 * size);
+        m_scale = cells / range;
+        if (!(range > 0) || !std::isfinite(range) || !std::isfinite(m_scale)) {
+            cells = 1;
+            m_scale = 0.0;
+        }
+        m_lastCell = cells - 1;
+        // A cell starts at the first row of a later cell than the rows
+        // before it: the cell of a value bounds its row from both sides,
+        // whatever the rounding, as the same rule places rows and values.
+        m_grid.assign(size_t(cells), 0);
+        for (int i = 0; i < size; ++i) ++m_grid[size_t(Cell(t[i]))];
+        int first = 0, most = 0;
+        for (int& c : m_grid) {
+            most = std::max(most, c);
+            first += std::exchange(c, first);
+        }
+        while ((1 << m_steps) <= most) ++m_steps;
+        // Row 0, where values below the rows, NaN and the first row itself
+        // land, stands for the first interval; all three are written apart.
+        m_rows.resize(size_t(size));
+        for (int i = 1; i < size; ++i) m_rows[size_t(i)] = SRow{t[i - 1], t[i], temp[i - 1], temp[i]};
+        m_rows[0] = m_rows[1];
     }
+
+    bool Fast() const { return m_steps > 0; }
 
     double Celsius(double x, bool& inside) const
     {
         const double* t = m_t;
-        const double* temp = m_temp;
-        if (!m_cells) return LookupCelsius(x, t, temp, m_size, inside);
+        if (!Fast()) return LookupCelsius(x, t, m_temp, m_size, inside);
         inside = false;
-        if (x < t[0]) return temp[0];
-        if (x > t[m_size - 1]) return temp[m_size - 1];
+        if (x < t[0]) return m_temp[0];
+        if (x > t[m_size - 1]) return m_temp[m_size - 1];
         inside = true;
         if (x != x) return std::numeric_limits<double>::quiet_NaN();
-        // m: the first row not below x.
-        const double p = (x - t[0]) * m_scale;
-        size_t m = size_t(m_grid[p < m_cells ? int(p) : m_cells - 1]);
-        m += t[m] < x;
-        m += t[m] < x;
-        while (t[m] < x) ++m;
-        if (m == 0 || t[m] == x) return LookupCelsius(x, t, temp, m_size, inside);
-        return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
+        int m = Row(x, Cell(x));
+        if (t[m] == x && !(m = ReferenceInterval(x, t, m_size))) return std::numeric_limits<double>::quiet_NaN();
+        return Interpolate(x, t, m_temp, m);
+    }
+
+    // dst[k] = the temperature of src[k] / em in scale To, for k below n,
+    // as Celsius would give it; Fast() tables only. Returns n, or, when
+    // allowClamp is false, the index of the first value outside the table,
+    // the values before it written. Per chunk: the values and their cells,
+    // then each value's row (the one scalar loop), then the interpolation;
+    // values outside the rows, NaN and values on a row are noted on the way
+    // and written last.
+    template <ETempType To, class S, class D>
+    unsigned int Run(const S* src, D* dst, unsigned int n, double em, bool allowClamp) const
+    {
+        constexpr unsigned int kChunk = 256;
+        constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+        const double* t = m_t;
+        const double t0 = t[0], tn = t[m_size - 1];
+        double x[kChunk], at[kChunk];
+        int cell[kChunk];
+        unsigned int outside[kChunk];
+        // 64-bit row indices: the compiler vectorises the interpolation
+        // over gathered rows only with indices as wide as the values.
+        int64_t row[kChunk];
+        for (unsigned int done = 0; done < n; done += kChunk) {
+            const unsigned int m = std::min(kChunk, n - done);
+            const S* s = src + done;
+            for (unsigned int k = 0; k < m; ++k) {
+                const double v = ConvertValue<double>(s[k]) / em;
+                // Values outside the rows, and NaN, search from the first.
+                const double w = v >= t0 ? (v <= tn ? v : tn) : t0;
+                x[k] = v;
+                at[k] = w;
+                cell[k] = Cell(w);
+            }
+            unsigned int outsides = 0;
+            bool onRow = false;
+            switch (m_steps) {
+            case 1: FindRows<1>(x, at, cell, m, row, outside, outsides, onRow); break;
+            case 2: FindRows<2>(x, at, cell, m, row, outside, outsides, onRow); break;
+            default: FindRows<0>(x, at, cell, m, row, outside, outsides, onRow); break;
+            }
+            unsigned int stop = m;
+            if (!allowClamp)
+                for (unsigned int q = 0; q < outsides && stop == m; ++q)
+                    if (!(x[outside[q]] != x[outside[q]])) stop = outside[q];
+            D* out = dst + done;
+            const SRow* rows = m_rows.data();
+            for (unsigned int k = 0; k < stop; ++k) {
+                const SRow& r = rows[row[k]];
+                out[k] = ConvertValue<D>(
+                    ConvertScale<tempCelsius, To>(r.c0 + (r.c1 - r.c0) * (x[k] - r.t0) / (r.t1 - r.t0)));
+            }
+            for (unsigned int q = 0; q < outsides && outside[q] < stop; ++q) {
+                const double v = x[outside[q]];
+                const double c = v < t0 ? m_temp[0] : v > tn ? m_temp[m_size - 1] : kNaN;
+                out[outside[q]] = ConvertValue<D>(ConvertScale<tempCelsius, To>(c));
+            }
+            if (onRow)
+                for (unsigned int k = 0; k < stop; ++k)
+                    if (t[row[k]] == x[k]) {
+                        const int r = ReferenceInterval(x[k], t, m_size);
+                        out[k] = ConvertValue<D>(
+                            ConvertScale<tempCelsius, To>(r ? Interpolate(x[k], t, m_temp, r) : kNaN));
+                    }
+            if (stop < m) return done + stop;
+        }
+        return n;
     }
 
 private:
+    static constexpr int kMaxCells = 4096;
+
+    // An interval: its two rows and their temperatures.
+    struct SRow {
+        double t0, t1, c0, c1;
+    };
+
+    // Values from t[0] to the last row only.
+    int Cell(double x) const
+    {
+        const double p = (x - m_t[0]) * m_scale;
+        return int(p < m_lastCell ? p : m_lastCell);
+    }
+
+    // The first row not below x; kSteps 0 for m_steps.
+    template <int kSteps = 0>
+    int Row(double x, int cell) const
+    {
+        int r = m_grid[size_t(cell)];
+        const int last = m_size - 1;
+        const int steps = kSteps ? kSteps : m_steps;
+        for (int step = 1 << (steps - 1); step; step >>= 1) r += m_t[std::min(r + step - 1, last)] < x ? step : 0;
+        return r;
+    }
+
+    // The rows of m values of a chunk; lists the values outside the rows
+    // or NaN (at differs from x), and tells whether any lies on a row.
+    template <int kSteps>
+    void FindRows(const double* x, const double* at, const int* cell, unsigned int m, int64_t* row,
+                  unsigned int* outside, unsigned int& outsides, bool& onRow) const
+    {
+        for (unsigned int k = 0; k < m; ++k) {
+            const double v = x[k], w = at[k];
+            const int r = Row<kSteps>(w, cell[k]);
+            row[k] = r;
+            onRow |= m_t[r] == v;
+            outside[outsides] = k;
+            outsides += w != v;
+        }
+    }
+
     const double* m_t = nullptr;
     const double* m_temp = nullptr;
     int m_size = 0;
-    int m_cells = 0; // 0: no grid, the reference search
+    int m_steps = 0; // 0: no grid, the reference search
     double m_scale = 0.0;
-    int m_grid[kMaxCells];
+    double m_lastCell = 0.0;
+    std::vector<int> m_grid;
+    std::vector<SRow> m_rows;
 };
 
 // Pixels a walk visits, to judge whether a grid pays.
@@ -390,6 +528,41 @@ inline size_t WalkPixels(const SWalkRect& w) { return RegionPixels(w.area); }
 inline size_t WalkPixels(const SWalkScanLines& w) { return RegionPixels(*w.lines); }
 inline size_t WalkPixels(const SWalkMask& w) { return RegionPixels(w.area); }
 constexpr size_t kLookupGridPixels = 1024;
+
+// Table values over a walk: the runs of a region through CLookupRows::Run,
+// an index list (its runs are mostly single pixels) one value at a time.
+template <ETempType To, class S, class D, class W>
+bool LookupWalk(const CLookupRows& rows, const S* src, D* dst, const W& walk, double em, bool allowClamp)
+{
+    const auto one = [&](double r, double& out) {
+        bool inside;
+        const double c = rows.Celsius(r / em, inside);
+        if (!inside && !allowClamp) return false;
+        out = ConvertScale<tempCelsius, To>(c);
+        return true;
+    };
+    if constexpr (!std::is_same_v<W, SWalkIndices>) {
+        if (rows.Fast()) {
+            bool failed = false;
+            walk.Runs([&](size_t flat, size_t i, unsigned int n) {
+                if (failed) return;
+                const S* s = src + flat;
+                D* d = dst + i;
+                if (ReadsPrecedeWrites(s, d, n)) {
+                    failed = rows.Run<To>(s, d, n, em, allowClamp) < n;
+                    return;
+                }
+                for (unsigned int k = 0; k < n && !failed; ++k) {
+                    double out;
+                    if (one(ConvertValue<double>(s[k]), out)) d[k] = ConvertValue<D>(out);
+                    else failed = true;
+                }
+            });
+            return !failed;
+        }
+    }
+    return MapUntil<S, D>(src, dst, walk, [&](double r, unsigned, double& out) { return one(r, out); });
+}
 
 // Planck's law inverted at the middle of the band. Its constants 11910.66
 // and 14388.3 differ from the 11910.7 and 14388.4 of Radiance on purpose, so
@@ -477,20 +650,10 @@ struct TLookup {
         static bool Run(const void* src, void* dst, const W& walk, const SLookupArgs& a)
         {
             if (a.size < 2) return false;
-            const double* t = a.table;
-            const double* temp = a.temperatures;
-            const int size = a.size;
-            const bool allowClamp = a.allowClamp;
-            const double em = a.emissivity;
-            const CLookupRows rows(t, temp, size, WalkPixels(walk) >= kLookupGridPixels);
+            const CLookupRows rows(a.table, a.temperatures, a.size, WalkPixels(walk) >= kLookupGridPixels);
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
-                return MapUntil<S, D>(src, dst, walk, [&rows, allowClamp, em](double r, unsigned, double& out) {
-                    bool inside;
-                    const double c = rows.Celsius(r / em, inside);
-                    if (!inside && !allowClamp) return false;
-                    out = ConvertScale<tempCelsius, To>(c);
-                    return true;
-                });
+                return LookupWalk<To>(rows, static_cast<const S*>(src), static_cast<D*>(dst), walk, a.emissivity,
+                                      a.allowClamp);
             });
         }
     };

@@ -156,20 +156,25 @@ TEST(Temperature, FrameLookupMatchesALinearScanAndStopsOutsideTheTable)
 
 // Frame kernels search the rows their own way; on a row a value lies in two
 // intervals, and they must take the one the single-value search takes,
-// which decides the last bit. Ascending, repeated and falling rows.
+// which decides the last bit. Ascending, repeated, falling, unevenly spread
+// (several rows to a cell of the search grid) and infinite rows; values on,
+// beside and between rows, outside the table and NaN, alone and in frames.
 TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
 {
     int onRowDifferences = 0;
-    for (int shape = 0; shape < 9; ++shape) {
-        const int size = shape < 7 ? std::vector<int>{2, 3, 5, 8, 13, 64, 100}[shape] : 9;
+    for (int shape = 0; shape < 13; ++shape) {
+        const int size = shape < 7 ? std::vector<int>{2, 3, 5, 8, 13, 64, 100}[shape] : shape < 11 ? 9 : 40;
         std::vector<double> t, temp;
         for (int k = 0; k < size; ++k) {
-            t.push_back(0.3 * k * k + 0.7 * k + 0.01);
+            t.push_back(shape == 11 ? std::pow(1.6, k) : 0.3 * k * k + 0.7 * k + 0.01);
             temp.push_back(-20.0 + 7.1 * k + std::sin(1.3 * k));
         }
         if (shape == 7) t[4] = t[3];             // a repeated row
         if (shape == 8) std::reverse(t.begin(), t.end()); // falling rows
-        std::vector<double> src{-1.0, t.front() - 1.0, t.back() + 1.0, std::nan("")};
+        if (shape == 9) t[1] = t[0], t.back() = t[size - 2]; // repeated end rows
+        if (shape == 10) t.back() = INFINITY;
+        if (shape == 12) t.assign(size, 2.0); // one value
+        std::vector<double> src{-1.0, t.front() - 1.0, t.back() + 1.0, std::nan(""), -INFINITY, INFINITY};
         for (int k = 0; k < size; ++k) {
             src.push_back(t[k]);
             src.push_back(std::nextafter(t[k], -INFINITY));
@@ -179,12 +184,18 @@ TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
             if (k && k + 1 < size && shape < 7)
                 onRowDifferences += temp[k - 1] + (temp[k] - temp[k - 1]) * (t[k] - t[k - 1]) / (t[k] - t[k - 1]) != temp[k];
         }
+        const double span = std::isfinite(t.back()) ? t.back() - t.front() : 100.0;
+        for (int k = 0; k < 500; ++k) src.push_back(t.front() - 0.05 * span + 1.1 * span * ((k * 7919) % 500) / 500.0);
         // Frames of a thousand values and more are searched another way.
         for (size_t i = 0, m = src.size(); src.size() < 1200; ++i) src.push_back(src[i % m]);
         const unsigned n = unsigned(src.size());
-        std::vector<double> want(n), got(n), gotPS(n);
+        std::vector<double> want(n), got(n), gotPS(n), gotRect(n), inPlace = src;
         for (unsigned i = 0; i < n; ++i) want[i] = _ToTemperatureLookup(src[i], t.data(), temp.data(), size, 1.0);
         ASSERT_TRUE(ToTemperatureLookup(Typed(got), Typed(src), n, t.data(), temp.data(), size, true, 1.0, tempCelsius));
+        ASSERT_TRUE(ToTemperatureLookup(Typed(inPlace), Typed(inPlace), n, t.data(), temp.data(), size, true, 1.0,
+                                        tempCelsius));
+        ASSERT_TRUE(ToTemperatureLookup(Typed(gotRect), Typed(src), 100, uint16_t(n / 100), SArea{0, 0, uint16_t(n / 100 - 1), 99},
+                                        t.data(), temp.data(), size, true, 1.0, tempCelsius));
         double* tables[8] = {nullptr, t.data()};
         double* temps[8] = {nullptr, temp.data()};
         int sizes[8] = {0, size};
@@ -192,7 +203,20 @@ TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
         ASSERT_TRUE(ToTemperatureLookup(Typed(gotPS), Typed(src), preset.data(), n, tables, temps, sizes, true, 1.0,
                                         tempCelsius));
         EXPECT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+        EXPECT_EQ(std::memcmp(inPlace.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+        EXPECT_EQ(std::memcmp(gotRect.data(), want.data(), n / 100 * 100 * sizeof(double)), 0) << "shape " << shape;
         EXPECT_EQ(std::memcmp(gotPS.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+
+        // Without clamping the first value outside the table ends the call.
+        std::vector<double> some(src.begin() + 200, src.begin() + 1100), stopped(900, -7.0);
+        some[850] = -INFINITY;
+        unsigned stop = 0;
+        for (double out; stop < 900; ++stop)
+            if (!ToTemperatureLookup(out, some[stop], t.data(), temp.data(), size, false, 1.0, tempCelsius)) break;
+        EXPECT_FALSE(ToTemperatureLookup(Typed(stopped), Typed(some), 900, t.data(), temp.data(), size, false, 1.0,
+                                         tempCelsius));
+        EXPECT_EQ(std::memcmp(stopped.data(), want.data() + 200, stop * sizeof(double)), 0) << "shape " << shape;
+        EXPECT_EQ(std::vector<double>(stopped.begin() + stop, stopped.end()), std::vector<double>(900 - stop, -7.0));
     }
     EXPECT_GT(onRowDifferences, 0);
 }
