@@ -7,8 +7,10 @@
 // hands one straight-line body to the region walker, so the pixel loop holds
 // no type test, no switch and no call.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -227,24 +229,6 @@ inline double RadiancePS(const SPolyPS& set, double v, unsigned flat)
     const double b = q.backgroundImage ? q.backgroundImage[flat] : q.background;
     return RadianceValue(v, q.coefficients, q.order, b, q.scale);
 }
-
-template <class W, bool kStatus>
-struct TRadiancePS {
-    template <class S, class D>
-    struct K {
-        static void Run(const void* src, void* dst, const W& walk, const SPolyPS& set, unsigned char* status)
-        {
-            const auto value = [&set](double v, unsigned flat) { return RadiancePS(set, v, flat); };
-            if constexpr (kStatus) {
-                MapStatus<S, D>(src, dst, walk, status, value, [&set](unsigned flat) -> const SLimits& {
-                    return set.limits[set.presetIndex[flat] & kPresetMask];
-                });
-            } else {
-                Map<S, D>(src, dst, walk, value);
-            }
-        }
-    };
-};
 
 // ---------------------------------------------------------------------------
 // Temperature methods
@@ -564,6 +548,55 @@ bool LookupWalk(const CLookupRows& rows, const S* src, D* dst, const W& walk, do
     return MapUntil<S, D>(src, dst, walk, [&](double r, unsigned, double& out) { return one(r, out); });
 }
 
+// The presets a walk meets, as bits. Each pixel's preset has the low bits
+// common to all pixels and none that no pixel has: two dense reductions
+// the compiler vectorises. One or two presets so bounded all appear; more
+// are each confirmed by a dense search, since the records of presets that
+// do not appear may be empty and must not be read.
+template <class W>
+unsigned PresetsMet(const W& walk, const unsigned char* presetIndex)
+{
+    unsigned char any = 0, all = 0xFF;
+    bool met = false;
+    walk.Runs([&](size_t flat, size_t, unsigned int n) {
+        const unsigned char* p = presetIndex + flat;
+        unsigned char o = 0, a = 0xFF;
+        for (unsigned int k = 0; k < n; ++k) {
+            o |= p[k];
+            a &= p[k];
+        }
+        any |= o;
+        all &= a;
+        met = true;
+    });
+    unsigned set = 0;
+    for (unsigned p = 0; met && p <= kPresetMask; ++p)
+        if ((p & ~any & kPresetMask) == 0 && (p & all) == (all & kPresetMask)) set |= 1u << p;
+    if (std::popcount(set) <= 2) return set;
+    unsigned found = 0;
+    for (unsigned q = 0; q <= kPresetMask; ++q) {
+        if (!(set >> q & 1)) continue;
+        bool seen = false;
+        walk.Runs([&](size_t flat, size_t, unsigned int n) {
+            const unsigned char* p = presetIndex + flat;
+            bool here = false;
+            for (unsigned int k = 0; k < n; ++k) here |= (p[k] & kPresetMask) == q;
+            seen = seen || here;
+        });
+        if (seen) found |= 1u << q;
+    }
+    return found;
+}
+
+inline bool SameBits(double a, double b)
+{
+    return std::memcmp(&a, &b, sizeof(double)) == 0;
+}
+inline bool SameValues(const double* a, const double* b, int n)
+{
+    return n <= 0 || a == b || std::memcmp(a, b, size_t(n) * sizeof(double)) == 0;
+}
+
 // Planck's law inverted at the middle of the band. Its constants 11910.66
 // and 14388.3 differ from the 11910.7 and 14388.4 of Radiance on purpose, so
 // a round trip through both does not close exactly.
@@ -665,11 +698,27 @@ struct TLookupPS {
     struct K {
         static bool Run(const void* src, void* dst, const W& walk, const SLookupPSArgs& a)
         {
+            const bool grid = WalkPixels(walk) >= kLookupGridPixels;
+            // One table for all presets met: the single-table path.
+            if (const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, a.presetIndex)) {
+                const unsigned first = unsigned(std::countr_zero(met));
+                const int size = a.sizes[first];
+                bool one = size >= 2;
+                for (unsigned p = first + 1; one && p <= kPresetMask; ++p)
+                    one = !(met >> p & 1) || (a.sizes[p] == size && SameValues(a.tables[p], a.tables[first], size) &&
+                                              SameValues(a.temperatures[p], a.temperatures[first], size));
+                if (one) {
+                    const CLookupRows rows(a.tables[first], a.temperatures[first], size, grid);
+                    return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
+                        return LookupWalk<To>(rows, static_cast<const S*>(src), static_cast<D*>(dst), walk,
+                                              a.emissivity, a.allowClamp);
+                    });
+                }
+            }
             // Each preset's table is prepared when the preset first appears:
             // the tables of presets that never do are not read.
             CLookupRows rows[kPresetMask + 1];
             bool ready[kPresetMask + 1] = {};
-            const bool grid = WalkPixels(walk) >= kLookupGridPixels;
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
                 return MapUntil<S, D>(src, dst, walk, [&](double r, unsigned flat, double& out) {
                     const unsigned p = a.presetIndex[flat] & kPresetMask;
@@ -760,6 +809,230 @@ inline double TemperatureOf(const STempMethod& m, const STempSet& set, const SPl
     return ConvertScale(planck.Kelvin(radiance), tempKelvin, set.tempType);
 }
 
+// How far the presets met agree, judged against the first of them: kDiffer
+// (per-pixel choice), kLike (one form, values by preset) or kSame (one
+// preset's computation serves all, bit for bit).
+enum ELikeness : int { kDiffer, kLike, kSame };
+
+constexpr bool UsesBackground(int order)
+{
+    return order == -1 || order == -2;
+}
+
+// Radiance forms: the order itself, all orders below -2 alike.
+inline ELikeness RadianceLikeness(const SPoly& a, const SPoly& b)
+{
+    if (a.order != b.order && !(a.order < -2 && b.order < -2)) return kDiffer;
+    const bool background = UsesBackground(a.order);
+    if (background && !a.backgroundImage != !b.backgroundImage) return kDiffer;
+    const int coefs =
+        WithRadianceForm(a.order, [&]<int F>() { return F == kRadiancePow ? a.order + 1 : kRadianceCoefs<F>; });
+    bool same = SameBits(a.scale, b.scale) && SameValues(a.coefficients, b.coefficients, coefs);
+    if (background)
+        same = same && (a.backgroundImage ? a.backgroundImage == b.backgroundImage : SameBits(a.background, b.background));
+    return same ? kSame : kLike;
+}
+
+inline ELikeness TempLikeness(const STempMethod& a, const STempMethod& b)
+{
+    if (a.method != b.method) return kDiffer;
+    switch (a.method) {
+    case methodLookup:
+        return a.size == b.size && SameValues(a.table, b.table, a.size) &&
+                       SameValues(a.temperatures, b.temperatures, a.size)
+                   ? kSame
+                   : kLike;
+    case methodCoeffs:
+        if (a.order != b.order) return kDiffer;
+        return SameValues(a.coefficients, b.coefficients, a.order + 1) ? kSame : kLike;
+    case methodPlanck: break;
+    }
+    return kSame; // band and emissivity are common
+}
+
+// The least agreement of the presets in met with the first of them.
+template <class T, class L>
+ELikeness Likeness(unsigned met, const T* preset, L like, unsigned& first)
+{
+    first = met ? unsigned(std::countr_zero(met)) : 0;
+    ELikeness least = kSame;
+    for (unsigned p = first + 1; p <= kPresetMask; ++p)
+        if (met >> p & 1) least = std::min(least, like(preset[first], preset[p]));
+    return least;
+}
+
+// The radiance of a dense run of a per-preset call: n values from s into d,
+// flat the run's place in the frame. One preset's kernel when all presets
+// met compute alike; else, with one form, that form's loop with each
+// pixel's coefficients, background and scale.
+template <class S, class D>
+void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS& set, unsigned met, ELikeness like,
+                   unsigned first)
+{
+    if (like == kSame) {
+        SPoly p = set.preset[first];
+        if (p.backgroundImage) p.backgroundImage += flat;
+        vecCountsToRadianceImg[SourceByFloatIndexOf<S, D>](s, d, SWalkCount{n}, p, nullptr, SLimits{});
+        return;
+    }
+    const unsigned char* pi = set.presetIndex + flat;
+    WithRadianceForm(set.preset[first].order, [&]<int F>() {
+        constexpr int nc = kRadianceCoefs<F> ? kRadianceCoefs<F> : 1;
+        // Only the presets met are read: the others' records may be empty.
+        double c[kPresetMask + 1][nc] = {}, scale[kPresetMask + 1] = {}, b[kPresetMask + 1] = {};
+        const double* image[kPresetMask + 1] = {};
+        for (unsigned p = 0; p <= kPresetMask; ++p) {
+            if (!(met >> p & 1)) continue;
+            const SPoly& q = set.preset[p];
+            for (int i = 0; i < kRadianceCoefs<F>; ++i) c[p][i] = q.coefficients[i];
+            scale[p] = q.scale;
+            b[p] = q.background;
+            image[p] = q.backgroundImage ? q.backgroundImage + flat : nullptr;
+        }
+        if constexpr (kRadianceCoefs<F> == 0) {
+            for (unsigned int k = 0; k < n; ++k) {
+                const SPoly& q = set.preset[pi[k] & kPresetMask];
+                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), q.coefficients, q.order, 0.0, q.scale));
+            }
+        } else if (UsesBackground(F) && image[first]) {
+            for (unsigned int k = 0; k < n; ++k) {
+                const unsigned p = pi[k] & kPresetMask;
+                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), c[p], 0, image[p][k], scale[p]));
+            }
+        } else {
+            for (unsigned int k = 0; k < n; ++k) {
+                const unsigned p = pi[k] & kPresetMask;
+                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), c[p], 0, b[p], scale[p]));
+            }
+        }
+    });
+}
+
+// The temperature methods of the presets met, prepared once per call.
+struct SPresetTemps {
+    const STempSet* set = nullptr;
+    unsigned met = 0, first = 0;
+    ELikeness like = kDiffer;
+    SPlanck planck{0.0, 0.0, 1.0};
+    double coefs[kPresetMask + 1][7] = {};
+    CLookupRows rows[kPresetMask + 1];
+
+    SPresetTemps(const STempSet& s, unsigned presetsMet, size_t pixels)
+        : set(&s), met(presetsMet), planck(s.bandEnd, s.bandStart, s.emissivity)
+    {
+        like = Likeness(met, s.preset, TempLikeness, first);
+        if (like == kDiffer) return;
+        for (unsigned p = 0; p <= kPresetMask; ++p) {
+            if (!(met >> p & 1) || (like == kSame && p != first)) continue;
+            const STempMethod& m = s.preset[p];
+            if (m.method == methodLookup) rows[p] = CLookupRows(m.table, m.temperatures, m.size, pixels >= kLookupGridPixels);
+            if (m.method == methodCoeffs && m.order <= 6)
+                for (int i = 0; i <= m.order; ++i) coefs[p][i] = m.coefficients[i];
+        }
+    }
+};
+
+// The temperature of a dense run of a per-preset call, from the radiance
+// in s into d (s may be d), pi the run's preset bytes; t.like is not
+// kDiffer. The method and order are chosen once; each pixel takes its
+// preset's coefficients or table.
+template <ETempType To, class S, class D>
+void TemperatureRunPS(const S* s, D* d, unsigned int n, const unsigned char* pi, const SPresetTemps& t)
+{
+    const STempMethod& m = t.set->preset[t.first];
+    const double em = t.set->emissivity;
+    const auto each = [&](auto celsius) {
+        for (unsigned int k = 0; k < n; ++k)
+            d[k] = ConvertValue<D>(ConvertScale<tempCelsius, To>(celsius(ConvertValue<double>(s[k]) / em, k)));
+    };
+    switch (m.method) {
+    case methodLookup:
+        if (t.like == kSame) {
+            const CLookupRows& rows = t.rows[t.first];
+            if (rows.Fast()) rows.Run<To>(s, d, n, em, true);
+            else
+                each([&](double x, unsigned int) {
+                    bool inside;
+                    return rows.Celsius(x, inside);
+                });
+            return;
+        }
+        each([&](double x, unsigned int k) {
+            bool inside;
+            return t.rows[pi[k] & kPresetMask].Celsius(x, inside);
+        });
+        return;
+    case methodCoeffs:
+        WithTempOrder(m.order, [&]<int N>() {
+            if constexpr (N == 0) {
+                each([&](double x, unsigned int k) {
+                    return TempPolyPow(x, t.set->preset[pi[k] & kPresetMask].coefficients, m.order);
+                });
+            } else if (t.like == kSame) {
+                const TCoefs<N + 1> c(t.coefs[t.first]);
+                each([&](double x, unsigned int) { return TempPoly<N>(x, c.c); });
+            } else {
+                each([&](double x, unsigned int k) { return TempPoly<N>(x, t.coefs[pi[k] & kPresetMask]); });
+            }
+        });
+        return;
+    case methodPlanck: break;
+    }
+    const SPlanck planck = t.planck;
+    for (unsigned int k = 0; k < n; ++k)
+        d[k] = ConvertValue<D>(ConvertScale<tempKelvin, To>(planck.Kelvin(ConvertValue<double>(s[k]))));
+}
+
+// Dense runs of a per-preset call through run(s, d, n, flat) when reading a
+// run whole before writing it gives the same result; other runs, and index
+// lists (whose runs are mostly single pixels), through the per-pixel
+// body(v, flat) in walk order.
+template <class S, class D, class W, class R, class B>
+void RunsOrPixels(const void* src, void* dst, const W& walk, R run, B body)
+{
+    const S* s = static_cast<const S*>(src);
+    D* d = static_cast<D*>(dst);
+    if constexpr (!std::is_same_v<W, SWalkIndices>) {
+        walk.Runs([&](size_t flat, size_t i, unsigned int n) {
+            if (ReadsPrecedeWrites(s + flat, d + i, n)) {
+                run(s + flat, d + i, n, flat);
+                return;
+            }
+            for (unsigned int k = 0; k < n; ++k)
+                d[i + k] = ConvertValue<D>(body(ConvertValue<double>(s[flat + k]), unsigned(flat + k)));
+        });
+    } else {
+        Map<S, D>(src, dst, walk, body);
+    }
+}
+
+template <class W, bool kStatus>
+struct TRadiancePS {
+    template <class S, class D>
+    struct K {
+        static void Run(const void* src, void* dst, const W& walk, const SPolyPS& set, unsigned char* status)
+        {
+            const auto value = [&set](double v, unsigned flat) { return RadiancePS(set, v, flat); };
+            if constexpr (kStatus) {
+                MapStatus<S, D>(src, dst, walk, status, value, [&set](unsigned flat) -> const SLimits& {
+                    return set.limits[set.presetIndex[flat] & kPresetMask];
+                });
+            } else {
+                const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
+                unsigned first;
+                const ELikeness like = Likeness(met, set.preset, RadianceLikeness, first);
+                if (like == kDiffer) {
+                    Map<S, D>(src, dst, walk, value);
+                    return;
+                }
+                RunsOrPixels<S, D>(src, dst, walk, [&](const S* s, D* d, unsigned int n, size_t flat) {
+                    RadianceRunPS(s, d, n, flat, set, met, like, first);
+                }, value);
+            }
+        }
+    };
+};
+
 template <class W>
 struct TRadianceToTemperaturePS {
     template <class S, class D>
@@ -767,16 +1040,29 @@ struct TRadianceToTemperaturePS {
         static bool Run(const void* src, void* dst, const W& walk, const STempSet& set)
         {
             const SPlanck planck(set.bandEnd, set.bandStart, set.emissivity);
-            Map<S, D>(src, dst, walk, [&](double r, unsigned flat) {
+            const auto value = [&](double r, unsigned flat) {
                 return TemperatureOf(set.preset[set.presetIndex[flat] & kPresetMask], set, planck, r);
+            };
+            const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
+            const SPresetTemps temps(set, met, WalkPixels(walk));
+            if (temps.like == kDiffer) {
+                Map<S, D>(src, dst, walk, value);
+                return true;
+            }
+            WithScale<tempCelsius>(set.tempType, [&]<ETempType To>() {
+                RunsOrPixels<S, D>(src, dst, walk, [&](const S* s, D* d, unsigned int n, size_t flat) {
+                    TemperatureRunPS<To>(s, d, n, set.presetIndex + flat, temps);
+                }, value);
             });
             return true;
         }
     };
 };
 
-// Radiance and temperature of each pixel in one pass; the radiance is held
-// in the destination's type on the way.
+// Radiance and temperature of each pixel; the radiance is held in the
+// destination's type on the way. Runs that can be read whole go in two
+// dense passes, the radiance into the destination and the temperature in
+// place, each with its form chosen once.
 template <class W>
 struct TCountsToTemperaturePS {
     template <class S, class D>
@@ -784,9 +1070,23 @@ struct TCountsToTemperaturePS {
         static bool Run(const void* src, void* dst, const W& walk, const SPolyPS& poly, const STempSet& set)
         {
             const SPlanck planck(set.bandEnd, set.bandStart, set.emissivity);
-            Map<S, D>(src, dst, walk, [&](double v, unsigned flat) {
+            const auto value = [&](double v, unsigned flat) {
                 const double radiance = ConvertValue<D>(RadiancePS(poly, v, flat));
                 return TemperatureOf(set.preset[set.presetIndex[flat] & kPresetMask], set, planck, radiance);
+            };
+            const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
+            unsigned first;
+            const ELikeness like = Likeness(met, poly.preset, RadianceLikeness, first);
+            const SPresetTemps temps(set, like == kDiffer ? 0 : met, WalkPixels(walk));
+            if (like == kDiffer || temps.like == kDiffer) {
+                Map<S, D>(src, dst, walk, value);
+                return true;
+            }
+            WithScale<tempCelsius>(set.tempType, [&]<ETempType To>() {
+                RunsOrPixels<S, D>(src, dst, walk, [&](const S* s, D* d, unsigned int n, size_t flat) {
+                    RadianceRunPS(s, d, n, flat, poly, met, like, first);
+                    TemperatureRunPS<To>(d, d, n, set.presetIndex + flat, temps);
+                }, value);
             });
             return true;
         }

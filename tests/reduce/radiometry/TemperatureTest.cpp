@@ -392,6 +392,84 @@ TEST(Temperature, CountsToTemperatureIsRadianceThenTemperature)
     EXPECT_EQ(single[1], direct[1]); // pixel 7 has preset 1
 }
 
+// The per-preset forms choose a method once when the presets met agree;
+// each pixel must still get what its own preset gives alone. Presets alike
+// and unlike in form and values, inactive presets whose records must not
+// be read, index bytes above 7, backgrounds by pixel or scalar.
+TEST(Temperature, PerPresetFormsMatchEachPixelsOwnPreset)
+{
+    const unsigned w = 40, h = 30, n = w * h;
+    std::vector<uint16_t> counts(n);
+    std::vector<double> image(n);
+    for (unsigned i = 0; i < n; ++i) {
+        counts[i] = uint16_t(40 + (i * 2654435761u >> 22) % 400);
+        image[i] = 0.5 * (i % 13);
+    }
+    double rc[2][3] = {{0.1, 0.01, 1e-5}, {0.2, 0.011, 2e-5}};
+    double tc[2][4] = {{-20.0, 9.0, -0.3, 0.01}, {-21.0, 8.5, -0.2, 0.012}};
+    double table[2][3] = {{0.0, 2.0, 9.0}, {0.0, 3.0, 9.0}}, temps[3] = {-20.0, 30.0, 95.0};
+    const SCommonParams common{1.1, 0.95, tempFahrenheit, 12.0, 8.0};
+    const STemperatureParams methods[6] = {{nullptr, nullptr, 0, tc[0], 3}, {nullptr, nullptr, 0, tc[1], 3},
+                                           {nullptr, nullptr, 0, tc[1], 2}, {table[0], temps, 3, nullptr, 0},
+                                           {table[1], temps, 3, nullptr, 0}, {}};
+    // Pairs of presets' methods: same, values differ, orders differ, same
+    // table, tables differ, Planck, table beside polynomial.
+    const int pairs[7][2] = {{0, 0}, {0, 1}, {0, 2}, {3, 3}, {3, 4}, {5, 5}, {3, 0}};
+    const std::vector<std::vector<unsigned char>> patterns{{2}, {2, 1}, {1, 2, 2, 1}, {9, 2, 10, 1, 2}};
+    for (const auto& pattern : patterns)
+        for (int radianceCase = 0; radianceCase < 4; ++radianceCase)
+            for (const auto& pair : pairs) {
+                SCOPED_TRACE(::testing::Message() << int(pattern[0]) << " " << radianceCase << " " << pair[0] << pair[1]);
+                // Presets 0 and 3 are never met: records that must not be read.
+                SRadianceParams radiance[8];
+                STemperatureParams temperature[8];
+                for (int p = 0; p < 8; ++p) radiance[p] = SRadianceParams{nullptr, 2, 0.0, nullptr};
+                for (int k = 0; k < 2; ++k) {
+                    const int p = k + 1;
+                    const int order = radianceCase == 3 ? 2 - k : radianceCase == 2 ? -2 : 2;
+                    radiance[p] = SRadianceParams{rc[radianceCase == 0 ? 0 : k], order, 3.0 + k,
+                                                  radianceCase == 2 ? image.data() : nullptr};
+                    temperature[p] = methods[pair[k]];
+                }
+                const bool active[8] = {true, true, true, false};
+                std::vector<unsigned char> preset(n);
+                for (unsigned i = 0; i < n; ++i) preset[i] = pattern[i % pattern.size()];
+                std::vector<float> got(n), gotRadiance(n), want(n), wantRadiance(n);
+                std::vector<double> gotFromRadiance(n), wantFromRadiance(n), radianceIn(n);
+                for (unsigned i = 0; i < n; ++i) radianceIn[i] = 0.02 * (i % 500);
+                ASSERT_TRUE(CountsToTemperature(Typed(counts), Typed(got), preset.data(), n, active, radiance,
+                                                temperature, common));
+                ASSERT_TRUE(CountsToRadiance(Typed(counts), Typed(gotRadiance), preset.data(), n, active, radiance,
+                                             common));
+                ASSERT_TRUE(RadianceToTemperature(Typed(radianceIn), Typed(gotFromRadiance), preset.data(), n, active,
+                                                  temperature, common));
+                for (unsigned i = 0; i < n; ++i) {
+                    const int p = preset[i] & 7;
+                    SRadianceParams one = radiance[p];
+                    if (one.backgroundImage) one.backgroundImage += i;
+                    const STypedData c(&counts[i], dtUInt16);
+                    ASSERT_TRUE(CountsToTemperature(c, STypedData(&want[i], dtFlt32), 1, one, temperature[p], common));
+                    ASSERT_TRUE(CountsToRadiance(c, STypedData(&wantRadiance[i], dtFlt32), 1, one, common));
+                    ASSERT_TRUE(RadianceToTemperature(STypedData(&radianceIn[i], dtFlt64),
+                                                      STypedData(&wantFromRadiance[i], dtFlt64), 1, temperature[p],
+                                                      common));
+                }
+                ASSERT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(float)), 0);
+                ASSERT_EQ(std::memcmp(gotRadiance.data(), wantRadiance.data(), n * sizeof(float)), 0);
+                ASSERT_EQ(std::memcmp(gotFromRadiance.data(), wantFromRadiance.data(), n * sizeof(double)), 0);
+                // A rectangle, and the radiance converted in place.
+                const SArea area{3, 2, 27, 38};
+                std::vector<float> rect(25 * 37);
+                ASSERT_TRUE(CountsToTemperature(Typed(counts), Typed(rect), preset.data(), w, h, area, active,
+                                                radiance, temperature, common));
+                for (unsigned y = 0, i = 0; y < 25; ++y)
+                    for (unsigned x = 0; x < 37; ++x, ++i) ASSERT_EQ(rect[i], want[(y + 3) * w + x + 2]) << i;
+                ASSERT_TRUE(RadianceToTemperature(Typed(radianceIn), Typed(radianceIn), preset.data(), n, active,
+                                                  temperature, common));
+                ASSERT_EQ(std::memcmp(radianceIn.data(), wantFromRadiance.data(), n * sizeof(double)), 0);
+            }
+}
+
 TEST(Temperature, RegionFormsGatherInRegionOrder)
 {
     const SRegions r;
