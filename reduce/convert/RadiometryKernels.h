@@ -656,15 +656,21 @@ struct TCoeffsPS {
     struct K {
         static bool Run(const void* src, void* dst, const W& walk, const SCoeffsPSArgs& a)
         {
+            // The record's fields in locals: stores of the results could
+            // otherwise alias them, and each pixel would read them again.
+            const unsigned char* presetIndex = a.presetIndex;
+            const int* orders = a.orders;
+            double* const* coefficients = a.coefficients;
+            const double em = a.emissivity;
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
-                return MapUntil<S, D>(src, dst, walk, [&a](double r, unsigned flat, double& out) {
-                    const unsigned p = a.presetIndex[flat];
+                return MapUntil<S, D>(src, dst, walk, [=](double r, unsigned flat, double& out) {
+                    const unsigned p = presetIndex[flat];
                     // This form serves presets 0 to 3 only, and orders from 1 up: intended.
                     if (p > 3) return false;
-                    const int order = a.orders[p];
+                    const int order = orders[p];
                     if (order < 1) return false;
-                    const double* c = a.coefficients[p];
-                    const double x = r / a.emissivity;
+                    const double* c = coefficients[p];
+                    const double x = r / em;
                     // The running sum is kept in float and each term uses pow: intended.
                     float sum = 0.0f;
                     for (int i = 0; i <= order; ++i) sum = static_cast<float>(sum + c[i] * std::pow(x, i));
