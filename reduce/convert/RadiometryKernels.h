@@ -314,10 +314,9 @@ inline double LookupCelsius(double x, const double* t, const double* temp, int s
     return m ? Interpolate(x, t, temp, m) : std::numeric_limits<double>::quiet_NaN();
 }
 
-// Whether first and then n elements of type D at dst can be written after
-// all n of type S at src were read, with the same result as reading and
-// writing one element after the other: no element is read after an earlier
-// one was written over it.
+// Whether writing n elements of type D at dst after reading all n of type S
+// at src gives what reading and writing them one after the other gives: no
+// element would be read after an earlier one was written over it.
 template <class S, class D>
 inline bool ReadsPrecedeWrites(const S* src, const D* dst, size_t n)
 {
@@ -815,10 +814,10 @@ inline double TemperatureOf(const STempMethod& m, const STempSet& set, const SPl
     return ConvertScale(planck.Kelvin(radiance), tempKelvin, set.tempType);
 }
 
-// How far the presets met agree, judged against the first of them: kDiffer
-// (per-pixel choice), kLike (one form, values by preset) or kSame (one
-// preset's computation serves all, bit for bit).
-enum ELikeness : int { kDiffer, kLike, kSame };
+// How far the presets met agree, judged against the first of them: not at
+// all (the choice stays per pixel), in form (values by preset) or fully
+// (one preset's computation serves all, bit for bit).
+enum ELikeness : int { likeNone, likeForm, likeFull };
 
 constexpr bool UsesBackground(int order)
 {
@@ -828,32 +827,32 @@ constexpr bool UsesBackground(int order)
 // Radiance forms: the order itself, all orders below -2 alike.
 inline ELikeness RadianceLikeness(const SPoly& a, const SPoly& b)
 {
-    if (a.order != b.order && !(a.order < -2 && b.order < -2)) return kDiffer;
+    if (a.order != b.order && !(a.order < -2 && b.order < -2)) return likeNone;
     const bool background = UsesBackground(a.order);
-    if (background && !a.backgroundImage != !b.backgroundImage) return kDiffer;
+    if (background && !a.backgroundImage != !b.backgroundImage) return likeNone;
     const int coefs =
         WithRadianceForm(a.order, [&]<int F>() { return F == kRadiancePow ? a.order + 1 : kRadianceCoefs<F>; });
     bool same = SameBits(a.scale, b.scale) && SameValues(a.coefficients, b.coefficients, coefs);
     if (background)
         same = same && (a.backgroundImage ? a.backgroundImage == b.backgroundImage : SameBits(a.background, b.background));
-    return same ? kSame : kLike;
+    return same ? likeFull : likeForm;
 }
 
 inline ELikeness TempLikeness(const STempMethod& a, const STempMethod& b)
 {
-    if (a.method != b.method) return kDiffer;
+    if (a.method != b.method) return likeNone;
     switch (a.method) {
     case methodLookup:
         return a.size == b.size && SameValues(a.table, b.table, a.size) &&
                        SameValues(a.temperatures, b.temperatures, a.size)
-                   ? kSame
-                   : kLike;
+                   ? likeFull
+                   : likeForm;
     case methodCoeffs:
-        if (a.order != b.order) return kDiffer;
-        return SameValues(a.coefficients, b.coefficients, a.order + 1) ? kSame : kLike;
+        if (a.order != b.order) return likeNone;
+        return SameValues(a.coefficients, b.coefficients, a.order + 1) ? likeFull : likeForm;
     case methodPlanck: break;
     }
-    return kSame; // band and emissivity are common
+    return likeFull; // band and emissivity are common
 }
 
 // The least agreement of the presets in met with the first of them.
@@ -861,7 +860,7 @@ template <class T, class L>
 ELikeness Likeness(unsigned met, const T* preset, L like, unsigned& first)
 {
     first = met ? unsigned(std::countr_zero(met)) : 0;
-    ELikeness least = kSame;
+    ELikeness least = likeFull;
     for (unsigned p = first + 1; p <= kPresetMask; ++p)
         if (met >> p & 1) least = std::min(least, like(preset[first], preset[p]));
     return least;
@@ -875,7 +874,7 @@ template <class S, class D>
 void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS& set, unsigned met, ELikeness like,
                    unsigned first)
 {
-    if (like == kSame) {
+    if (like == likeFull) {
         SPoly p = set.preset[first];
         if (p.backgroundImage) p.backgroundImage += flat;
         vecCountsToRadianceImg[SourceByFloatIndexOf<S, D>](s, d, SWalkCount{n}, p, nullptr, SLimits{});
@@ -918,7 +917,7 @@ void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS&
 struct SPresetTemps {
     const STempSet* set = nullptr;
     unsigned met = 0, first = 0;
-    ELikeness like = kDiffer;
+    ELikeness like = likeNone;
     SPlanck planck{0.0, 0.0, 1.0};
     double coefs[kPresetMask + 1][7] = {};
     CLookupRows rows[kPresetMask + 1];
@@ -927,9 +926,9 @@ struct SPresetTemps {
         : set(&s), met(presetsMet), planck(s.bandEnd, s.bandStart, s.emissivity)
     {
         like = Likeness(met, s.preset, TempLikeness, first);
-        if (like == kDiffer) return;
+        if (like == likeNone) return;
         for (unsigned p = 0; p <= kPresetMask; ++p) {
-            if (!(met >> p & 1) || (like == kSame && p != first)) continue;
+            if (!(met >> p & 1) || (like == likeFull && p != first)) continue;
             const STempMethod& m = s.preset[p];
             if (m.method == methodLookup) rows[p] = CLookupRows(m.table, m.temperatures, m.size, pixels >= kLookupGridPixels);
             if (m.method == methodCoeffs && m.order <= 6)
@@ -940,7 +939,7 @@ struct SPresetTemps {
 
 // The temperature of a dense run of a per-preset call, from the radiance
 // in s into d (s may be d), pi the run's preset bytes; t.like is not
-// kDiffer. The method and order are chosen once; each pixel takes its
+// likeNone. The method and order are chosen once; each pixel takes its
 // preset's coefficients or table.
 template <ETempType To, class S, class D>
 void TemperatureRunPS(const S* s, D* d, unsigned int n, const unsigned char* pi, const SPresetTemps& t)
@@ -953,7 +952,7 @@ void TemperatureRunPS(const S* s, D* d, unsigned int n, const unsigned char* pi,
     };
     switch (m.method) {
     case methodLookup:
-        if (t.like == kSame) {
+        if (t.like == likeFull) {
             const CLookupRows& rows = t.rows[t.first];
             if (rows.Fast()) rows.Run<To>(s, d, n, em, true);
             else
@@ -974,7 +973,7 @@ void TemperatureRunPS(const S* s, D* d, unsigned int n, const unsigned char* pi,
                 each([&](double x, unsigned int k) {
                     return TempPolyPow(x, t.set->preset[pi[k] & kPresetMask].coefficients, m.order);
                 });
-            } else if (t.like == kSame) {
+            } else if (t.like == likeFull) {
                 const TCoefs<N + 1> c(t.coefs[t.first]);
                 each([&](double x, unsigned int) { return TempPoly<N>(x, c.c); });
             } else {
@@ -1027,7 +1026,7 @@ struct TRadiancePS {
                 const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
                 unsigned first;
                 const ELikeness like = Likeness(met, set.preset, RadianceLikeness, first);
-                if (like == kDiffer) {
+                if (like == likeNone) {
                     Map<S, D>(src, dst, walk, value);
                     return;
                 }
@@ -1051,7 +1050,7 @@ struct TRadianceToTemperaturePS {
             };
             const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
             const SPresetTemps temps(set, met, WalkPixels(walk));
-            if (temps.like == kDiffer) {
+            if (temps.like == likeNone) {
                 Map<S, D>(src, dst, walk, value);
                 return true;
             }
@@ -1083,8 +1082,8 @@ struct TCountsToTemperaturePS {
             const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
             unsigned first;
             const ELikeness like = Likeness(met, poly.preset, RadianceLikeness, first);
-            const SPresetTemps temps(set, like == kDiffer ? 0 : met, WalkPixels(walk));
-            if (like == kDiffer || temps.like == kDiffer) {
+            const SPresetTemps temps(set, like == likeNone ? 0 : met, WalkPixels(walk));
+            if (like == likeNone || temps.like == likeNone) {
                 Map<S, D>(src, dst, walk, value);
                 return true;
             }
