@@ -208,15 +208,21 @@ TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
         EXPECT_EQ(std::memcmp(gotPS.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
 
         // Without clamping the first value outside the table ends the call.
-        std::vector<double> some(src.begin() + 200, src.begin() + 1100), stopped(900, -7.0);
-        some[850] = -INFINITY;
+        std::vector<double> some, stopped(1100, -7.0);
+        for (double v : src)
+            if (!(v < t.front() || v > t.back())) some.push_back(v); // NaN too
+        some.resize(1100, std::nan(""));
+        some[1050] = -INFINITY;
         unsigned stop = 0;
-        for (double out; stop < 900; ++stop)
+        for (double out; stop < 1100; ++stop)
             if (!ToTemperatureLookup(out, some[stop], t.data(), temp.data(), size, false, 1.0, tempCelsius)) break;
-        EXPECT_FALSE(ToTemperatureLookup(Typed(stopped), Typed(some), 900, t.data(), temp.data(), size, false, 1.0,
+        EXPECT_FALSE(ToTemperatureLookup(Typed(stopped), Typed(some), 1100, t.data(), temp.data(), size, false, 1.0,
                                          tempCelsius));
-        EXPECT_EQ(std::memcmp(stopped.data(), want.data() + 200, stop * sizeof(double)), 0) << "shape " << shape;
-        EXPECT_EQ(std::vector<double>(stopped.begin() + stop, stopped.end()), std::vector<double>(900 - stop, -7.0));
+        for (unsigned i = 0; i < stop; ++i) {
+            const double expected = _ToTemperatureLookup(some[i], t.data(), temp.data(), size, 1.0);
+            ASSERT_EQ(std::memcmp(&stopped[i], &expected, sizeof(double)), 0) << "shape " << shape << " at " << i;
+        }
+        EXPECT_EQ(std::vector<double>(stopped.begin() + stop, stopped.end()), std::vector<double>(1100 - stop, -7.0));
     }
     EXPECT_GT(onRowDifferences, 0);
 }
