@@ -132,6 +132,93 @@ void BM_CountsToTemperatureCoeffsPS(benchmark::State& state)
 }
 BENCHMARK(BM_CountsToTemperatureCoeffsPS);
 
+// The same with the presets' own coefficients (same orders): each pixel
+// takes its preset's, in the loops of the single-preset form.
+void BM_CountsToTemperatureCoeffsPSMixed(benchmark::State& state)
+{
+    SFrame f;
+    std::vector<unsigned char> preset(kPixels);
+    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
+    double radianceCoefs[3] = {-1.9, 1.4e-3, 3e-9}, tempCoefs[4] = {-61.0, 24.0, -0.7, 0.021};
+    SRadianceParams r[8];
+    STemperatureParams t[8];
+    for (int p = 0; p < 8; ++p) {
+        r[p] = p == 1 ? SRadianceParams{radianceCoefs, 2, 0.0, nullptr} : f.Radiance();
+        t[p] = STemperatureParams{nullptr, nullptr, 0, p == 1 ? tempCoefs : f.tempCoefs, 3};
+    }
+    const bool active[8] = {true, true};
+    for (auto _ : state) {
+        CountsToTemperature(f.Src(), f.Dst(), preset.data(), kPixels, active, r, t, kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToTemperatureCoeffsPSMixed);
+
+// Per preset, one table for both presets.
+void BM_CountsToTemperatureLookupPS(benchmark::State& state)
+{
+    SFrame f;
+    std::vector<unsigned char> preset(kPixels);
+    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
+    SRadianceParams r[8];
+    STemperatureParams t[8];
+    for (int p = 0; p < 8; ++p) {
+        r[p] = f.Radiance();
+        t[p] = STemperatureParams{f.table.data(), f.temperatures.data(), int(f.table.size()), nullptr, 0};
+    }
+    const bool active[8] = {true, true};
+    for (auto _ : state) {
+        CountsToTemperature(f.Src(), f.Dst(), preset.data(), kPixels, active, r, t, kCommon);
+        benchmark::DoNotOptimize(f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToTemperatureLookupPS);
+
+// Counts to radiance with a per-pixel background, one preset and per preset.
+struct SBackgroundFrame {
+    SFrame f;
+    std::vector<double> image = std::vector<double>(kPixels);
+    std::vector<unsigned char> preset = std::vector<unsigned char>(kPixels);
+    SRadianceParams r[8];
+    SBackgroundFrame()
+    {
+        for (unsigned i = 0; i < kPixels; ++i) {
+            image[i] = double(i % 97);
+            preset[i] = uint8_t(i & 1);
+        }
+        for (SRadianceParams& p : r) p = SRadianceParams{f.radianceCoefs, -2, 0.0, image.data()};
+    }
+};
+
+void BM_CountsToRadianceBackground(benchmark::State& state)
+{
+    SBackgroundFrame b;
+    for (auto _ : state) {
+        CountsToRadiance(b.f.Src(), b.f.Dst(), kPixels, b.r[0], kCommon);
+        benchmark::DoNotOptimize(b.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToRadianceBackground);
+
+void BM_CountsToRadianceBackgroundPS(benchmark::State& state)
+{
+    SBackgroundFrame b;
+    const bool active[8] = {true, true};
+    for (auto _ : state) {
+        CountsToRadiance(b.f.Src(), b.f.Dst(), b.preset.data(), kPixels, active, b.r, kCommon);
+        benchmark::DoNotOptimize(b.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_CountsToRadianceBackgroundPS);
+
 // The table method of the direct path alone: radiance (double, spread over
 // the 64 rows) to Celsius in float, by the kernel and by a loop over the
 // reference search the kernel used to run for every pixel, in one run.
@@ -173,6 +260,59 @@ void BM_ToTemperatureLookupReferenceSearch(benchmark::State& state)
     Finish(state);
 }
 BENCHMARK(BM_ToTemperatureLookupReferenceSearch);
+
+// Radiance to temperature by the polynomial, one preset and per preset
+// (the presets' own coefficients).
+void BM_RadianceToTemperatureCoeffs(benchmark::State& state)
+{
+    SRadianceFrame r;
+    const STemperatureParams t{nullptr, nullptr, 0, r.f.tempCoefs, 3};
+    for (auto _ : state) {
+        RadianceToTemperature(STypedData(r.radiance.data(), dtFlt64), r.f.Dst(), kPixels, t, kCommon);
+        benchmark::DoNotOptimize(r.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_RadianceToTemperatureCoeffs);
+
+void BM_RadianceToTemperatureCoeffsPS(benchmark::State& state)
+{
+    SRadianceFrame r;
+    std::vector<unsigned char> preset(kPixels);
+    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
+    double other[4] = {-61.0, 24.0, -0.7, 0.021};
+    STemperatureParams t[8];
+    for (int p = 0; p < 8; ++p) t[p] = STemperatureParams{nullptr, nullptr, 0, p == 1 ? other : r.f.tempCoefs, 3};
+    const bool active[8] = {true, true};
+    for (auto _ : state) {
+        RadianceToTemperature(STypedData(r.radiance.data(), dtFlt64), r.f.Dst(), preset.data(), kPixels, active, t,
+                              kCommon);
+        benchmark::DoNotOptimize(r.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_RadianceToTemperatureCoeffsPS);
+
+// The table per preset, one table for both presets.
+void BM_ToTemperatureLookupFramePS(benchmark::State& state)
+{
+    SRadianceFrame r;
+    std::vector<unsigned char> preset(kPixels);
+    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
+    double* tables[8] = {r.f.table.data(), r.f.table.data()};
+    double* temps[8] = {r.f.temperatures.data(), r.f.temperatures.data()};
+    int sizes[8] = {64, 64};
+    for (auto _ : state) {
+        ToTemperatureLookup(r.f.Dst(), STypedData(r.radiance.data(), dtFlt64), preset.data(), kPixels, tables, temps,
+                            sizes, true, 0.95, tempCelsius);
+        benchmark::DoNotOptimize(r.f.out.data());
+        benchmark::ClobberMemory();
+    }
+    Finish(state);
+}
+BENCHMARK(BM_ToTemperatureLookupFramePS);
 
 void BM_MemcpyFloatFrame(benchmark::State& state)
 {

@@ -7,8 +7,14 @@
 // hands one straight-line body to the region walker, so the pixel loop holds
 // no type test, no switch and no call.
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "reduce/convert/RadianceKernels.h"
 #include "reduce/convert/RadiometryTables.h"
@@ -224,24 +230,6 @@ inline double RadiancePS(const SPolyPS& set, double v, unsigned flat)
     return RadianceValue(v, q.coefficients, q.order, b, q.scale);
 }
 
-template <class W, bool kStatus>
-struct TRadiancePS {
-    template <class S, class D>
-    struct K {
-        static void Run(const void* src, void* dst, const W& walk, const SPolyPS& set, unsigned char* status)
-        {
-            const auto value = [&set](double v, unsigned flat) { return RadiancePS(set, v, flat); };
-            if constexpr (kStatus) {
-                MapStatus<S, D>(src, dst, walk, status, value, [&set](unsigned flat) -> const SLimits& {
-                    return set.limits[set.presetIndex[flat] & kPresetMask];
-                });
-            } else {
-                Map<S, D>(src, dst, walk, value);
-            }
-        }
-    };
-};
-
 // ---------------------------------------------------------------------------
 // Temperature methods
 
@@ -292,95 +280,228 @@ inline double TempPolyValue(double x, const double* c, int order)
     });
 }
 
+// The interval [m-1, m] the reference search takes for x within the rows,
+// or 0 when it takes none (a NaN, or rows that do not ascend). A value
+// exactly on an inner row lies in two intervals, and the one this search
+// reaches first decides the last bit of the result; every faster search
+// below defers to it there.
+inline int ReferenceInterval(double x, const double* t, int size)
+{
+    int lo = 1, hi = size - 1, m = size / 2;
+    while (lo <= hi) {
+        if (t[m] >= x && x >= t[m - 1]) return m;
+        if (x < t[m - 1]) hi = m - 1;
+        else lo = m + 1;
+        m = (lo + hi) / 2;
+    }
+    return 0;
+}
+
+inline double Interpolate(double x, const double* t, const double* temp, int m)
+{
+    return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
+}
+
 // Celsius from a table of at least two rows; inside is false for a value
-// beyond either end, which gets the end row's temperature. This search is
-// the reference: a value exactly on an inner row lies in two intervals, and
-// the one this search reaches first decides the last bit of the result.
+// beyond either end, which gets the end row's temperature. The reference.
 inline double LookupCelsius(double x, const double* t, const double* temp, int size, bool& inside)
 {
     inside = false;
     if (x < t[0]) return temp[0];
     if (x > t[size - 1]) return temp[size - 1];
     inside = true;
-    int lo = 1, hi = size - 1, m = size / 2;
-    while (lo <= hi) {
-        if (t[m] >= x && x >= t[m - 1])
-            return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
-        if (x < t[m - 1]) hi = m - 1;
-        else lo = m + 1;
-        m = (lo + hi) / 2;
-    }
-    // Only a NaN or a table that does not ascend gets here.
-    return std::numeric_limits<double>::quiet_NaN();
+    const int m = ReferenceInterval(x, t, size);
+    return m ? Interpolate(x, t, temp, m) : std::numeric_limits<double>::quiet_NaN();
 }
 
-// Whether the rows strictly ascend: then a value off the rows lies in one
-// interval only, which any search finds.
-inline bool RowsAscend(const double* t, int size)
+// Whether writing n elements of type D at dst after reading all n of type S
+// at src gives what reading and writing them one after the other gives: no
+// element would be read after an earlier one was written over it.
+template <class S, class D>
+inline bool ReadsPrecedeWrites(const S* src, const D* dst, size_t n)
 {
-    for (int i = 1; i < size; ++i)
-        if (!(t[i - 1] < t[i])) return false;
-    return true;
+    const uintptr_t s = reinterpret_cast<uintptr_t>(src), d = reinterpret_cast<uintptr_t>(dst);
+    if (d + n * sizeof(D) <= s || s + n * sizeof(S) <= d) return true;
+    return d <= s && sizeof(D) <= sizeof(S);
 }
 
-// A temperature table ready for many searches. The reference search guesses
-// wrong at about every other row it visits; here, for ascending rows, a grid
-// of cells over the rows' range gives each value a first row to try that
-// lies at most a little below its interval, and two steps without branches
-// nearly always reach it. Values on a row, rare in measured data, and tables
-// that do not ascend go to the reference search, so results are the same to
-// the bit. Small calls do not build the grid and search as the reference.
+// A temperature table ready for many searches. For finite rows that do not
+// fall, a grid of cells over the rows' range gives each value the first row
+// to try, and a fixed number of steps without branches (one when no cell
+// holds two rows) find its interval; values exactly on a row, rare in
+// measured data, take the reference search's interval, so results are the
+// same to the bit. Run converts whole runs in chunks so that the two
+// divisions of each value sit in loops the compiler vectorises: per value,
+// they cost more than the search. Other tables, and calls too small to pay
+// for the grid, search as the reference.
 class CLookupRows {
 public:
-    static constexpr int kMaxCells = 1024;
-
     CLookupRows() = default;
     // withGrid: build the grid (worth it from about a thousand values).
     CLookupRows(const double* t, const double* temp, int size, bool withGrid)
         : m_t(t), m_temp(temp), m_size(size)
     {
-        if (!withGrid || !RowsAscend(t, size)) return;
-        const int cells = std::min(kMaxCells, 16 * size);
+        if (!withGrid || size < 2) return;
+        for (int i = 0; i < size; ++i)
+            if (!std::isfinite(t[i]) || std::isnan(temp[i]) || (i && !(t[i - 1] <= t[i]))) return;
         const double range = t[size - 1] - t[0];
-        const double scale = cells / range;
-        if (!(range > 0) || !std::isfinite(range) || !std::isfinite(scale)) return;
-        // Cell c gets the first row not below the start of cell c - 2: the
-        // cell a value computes is at most one above its true cell, and the
-        // start computed here is then still below the value.
-        const double step = range / cells;
-        for (int c = 0; c < cells; ++c)
-            m_grid[c] = c < 2 ? 0 : int(std::lower_bound(t, t + size, t[0] + (c - 2) * step) - t);
-        m_cells = cells;
-        m_scale = scale;
+        int cells = std::min(kMaxCells, 16 * size);
+        m_scale = cells / range;
+        if (!(range > 0) || !std::isfinite(range) || !std::isfinite(m_scale)) {
+            cells = 1;
+            m_scale = 0.0;
+        }
+        m_lastCell = cells - 1;
+        // A cell starts at the first row of a later cell than the rows
+        // before it: the cell of a value bounds its row from both sides,
+        // whatever the rounding, as the same rule places rows and values.
+        m_grid.assign(size_t(cells), 0);
+        for (int i = 0; i < size; ++i) ++m_grid[size_t(Cell(t[i]))];
+        int first = 0, most = 0;
+        for (int& c : m_grid) {
+            most = std::max(most, c);
+            first += std::exchange(c, first);
+        }
+        while ((1 << m_steps) <= most) ++m_steps;
+        // Row 0, where values below the rows, NaN and the first row itself
+        // land, stands for the first interval; all three are written apart.
+        m_rows.resize(size_t(size));
+        for (int i = 1; i < size; ++i) m_rows[size_t(i)] = SRow{t[i - 1], t[i], temp[i - 1], temp[i]};
+        m_rows[0] = m_rows[1];
     }
+
+    bool Fast() const { return m_steps > 0; }
 
     double Celsius(double x, bool& inside) const
     {
         const double* t = m_t;
-        const double* temp = m_temp;
-        if (!m_cells) return LookupCelsius(x, t, temp, m_size, inside);
+        if (!Fast()) return LookupCelsius(x, t, m_temp, m_size, inside);
         inside = false;
-        if (x < t[0]) return temp[0];
-        if (x > t[m_size - 1]) return temp[m_size - 1];
+        if (x < t[0]) return m_temp[0];
+        if (x > t[m_size - 1]) return m_temp[m_size - 1];
         inside = true;
         if (x != x) return std::numeric_limits<double>::quiet_NaN();
-        // m: the first row not below x.
-        const double p = (x - t[0]) * m_scale;
-        size_t m = size_t(m_grid[p < m_cells ? int(p) : m_cells - 1]);
-        m += t[m] < x;
-        m += t[m] < x;
-        while (t[m] < x) ++m;
-        if (m == 0 || t[m] == x) return LookupCelsius(x, t, temp, m_size, inside);
-        return temp[m - 1] + (temp[m] - temp[m - 1]) * (x - t[m - 1]) / (t[m] - t[m - 1]);
+        int m = Row(x, Cell(x));
+        if (t[m] == x && !(m = ReferenceInterval(x, t, m_size))) return std::numeric_limits<double>::quiet_NaN();
+        return Interpolate(x, t, m_temp, m);
+    }
+
+    // dst[k] = the temperature of src[k] / em in scale To, for k below n,
+    // as Celsius would give it; Fast() tables only. Returns n, or, when
+    // allowClamp is false, the index of the first value outside the table,
+    // the values before it written. Per chunk: the values and their cells,
+    // then each value's row (the one scalar loop), then the interpolation;
+    // values outside the rows, NaN and values on a row are noted on the way
+    // and written last.
+    template <ETempType To, class S, class D>
+    unsigned int Run(const S* src, D* dst, unsigned int n, double em, bool allowClamp) const
+    {
+        constexpr unsigned int kChunk = 256;
+        constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+        const double* t = m_t;
+        const double t0 = t[0], tn = t[m_size - 1];
+        double x[kChunk], at[kChunk];
+        int cell[kChunk];
+        unsigned int outside[kChunk];
+        // 64-bit row indices: the compiler vectorises the interpolation
+        // over gathered rows only with indices as wide as the values.
+        int64_t row[kChunk];
+        for (unsigned int done = 0; done < n; done += kChunk) {
+            const unsigned int m = std::min(kChunk, n - done);
+            const S* s = src + done;
+            for (unsigned int k = 0; k < m; ++k) {
+                const double v = ConvertValue<double>(s[k]) / em;
+                // Values outside the rows, and NaN, search from the first.
+                const double w = v >= t0 ? (v <= tn ? v : tn) : t0;
+                x[k] = v;
+                at[k] = w;
+                cell[k] = Cell(w);
+            }
+            unsigned int outsides = 0;
+            bool onRow = false;
+            switch (m_steps) {
+            case 1: FindRows<1>(x, at, cell, m, row, outside, outsides, onRow); break;
+            case 2: FindRows<2>(x, at, cell, m, row, outside, outsides, onRow); break;
+            default: FindRows<0>(x, at, cell, m, row, outside, outsides, onRow); break;
+            }
+            unsigned int stop = m;
+            if (!allowClamp)
+                for (unsigned int q = 0; q < outsides && stop == m; ++q)
+                    if (!(x[outside[q]] != x[outside[q]])) stop = outside[q];
+            D* out = dst + done;
+            const SRow* rows = m_rows.data();
+            for (unsigned int k = 0; k < stop; ++k) {
+                const SRow& r = rows[row[k]];
+                out[k] = ConvertValue<D>(
+                    ConvertScale<tempCelsius, To>(r.c0 + (r.c1 - r.c0) * (x[k] - r.t0) / (r.t1 - r.t0)));
+            }
+            for (unsigned int q = 0; q < outsides && outside[q] < stop; ++q) {
+                const double v = x[outside[q]];
+                const double c = v < t0 ? m_temp[0] : v > tn ? m_temp[m_size - 1] : kNaN;
+                out[outside[q]] = ConvertValue<D>(ConvertScale<tempCelsius, To>(c));
+            }
+            if (onRow)
+                for (unsigned int k = 0; k < stop; ++k)
+                    if (t[row[k]] == x[k]) {
+                        const int r = ReferenceInterval(x[k], t, m_size);
+                        out[k] = ConvertValue<D>(
+                            ConvertScale<tempCelsius, To>(r ? Interpolate(x[k], t, m_temp, r) : kNaN));
+                    }
+            if (stop < m) return done + stop;
+        }
+        return n;
     }
 
 private:
+    static constexpr int kMaxCells = 4096;
+
+    // An interval: its two rows and their temperatures.
+    struct SRow {
+        double t0, t1, c0, c1;
+    };
+
+    // Values from t[0] to the last row only.
+    int Cell(double x) const
+    {
+        const double p = (x - m_t[0]) * m_scale;
+        return int(p < m_lastCell ? p : m_lastCell);
+    }
+
+    // The first row not below x; kSteps 0 for m_steps.
+    template <int kSteps = 0>
+    int Row(double x, int cell) const
+    {
+        int r = m_grid[size_t(cell)];
+        const int last = m_size - 1;
+        const int steps = kSteps ? kSteps : m_steps;
+        for (int step = 1 << (steps - 1); step; step >>= 1) r += m_t[std::min(r + step - 1, last)] < x ? step : 0;
+        return r;
+    }
+
+    // The rows of m values of a chunk; lists the values outside the rows
+    // or NaN (at differs from x), and tells whether any lies on a row.
+    template <int kSteps>
+    void FindRows(const double* x, const double* at, const int* cell, unsigned int m, int64_t* row,
+                  unsigned int* outside, unsigned int& outsides, bool& onRow) const
+    {
+        for (unsigned int k = 0; k < m; ++k) {
+            const double v = x[k], w = at[k];
+            const int r = Row<kSteps>(w, cell[k]);
+            row[k] = r;
+            onRow |= m_t[r] == v;
+            outside[outsides] = k;
+            outsides += w != v;
+        }
+    }
+
     const double* m_t = nullptr;
     const double* m_temp = nullptr;
     int m_size = 0;
-    int m_cells = 0; // 0: no grid, the reference search
+    int m_steps = 0; // 0: no grid, the reference search
     double m_scale = 0.0;
-    int m_grid[kMaxCells];
+    double m_lastCell = 0.0;
+    std::vector<int> m_grid;
+    std::vector<SRow> m_rows;
 };
 
 // Pixels a walk visits, to judge whether a grid pays.
@@ -390,6 +511,90 @@ inline size_t WalkPixels(const SWalkRect& w) { return RegionPixels(w.area); }
 inline size_t WalkPixels(const SWalkScanLines& w) { return RegionPixels(*w.lines); }
 inline size_t WalkPixels(const SWalkMask& w) { return RegionPixels(w.area); }
 constexpr size_t kLookupGridPixels = 1024;
+
+// Table values over a walk: the runs of a region through CLookupRows::Run,
+// an index list (its runs are mostly single pixels) one value at a time.
+template <ETempType To, class S, class D, class W>
+bool LookupWalk(const CLookupRows& rows, const S* src, D* dst, const W& walk, double em, bool allowClamp)
+{
+    const auto one = [&](double r, double& out) {
+        bool inside;
+        const double c = rows.Celsius(r / em, inside);
+        if (!inside && !allowClamp) return false;
+        out = ConvertScale<tempCelsius, To>(c);
+        return true;
+    };
+    if constexpr (!std::is_same_v<W, SWalkIndices>) {
+        if (rows.Fast()) {
+            bool failed = false;
+            walk.Runs([&](size_t flat, size_t i, unsigned int n) {
+                if (failed) return;
+                const S* s = src + flat;
+                D* d = dst + i;
+                if (ReadsPrecedeWrites(s, d, n)) {
+                    failed = rows.Run<To>(s, d, n, em, allowClamp) < n;
+                    return;
+                }
+                for (unsigned int k = 0; k < n && !failed; ++k) {
+                    double out;
+                    if (one(ConvertValue<double>(s[k]), out)) d[k] = ConvertValue<D>(out);
+                    else failed = true;
+                }
+            });
+            return !failed;
+        }
+    }
+    return MapUntil<S, D>(src, dst, walk, [&](double r, unsigned, double& out) { return one(r, out); });
+}
+
+// The presets a walk meets, as bits. Each pixel's preset has the low bits
+// common to all pixels and none that no pixel has: two dense reductions
+// the compiler vectorises. One or two presets so bounded all appear; more
+// are each confirmed by a dense search, since the records of presets that
+// do not appear may be empty and must not be read.
+template <class W>
+unsigned PresetsMet(const W& walk, const unsigned char* presetIndex)
+{
+    unsigned char any = 0, all = 0xFF;
+    bool met = false;
+    walk.Runs([&](size_t flat, size_t, unsigned int n) {
+        const unsigned char* p = presetIndex + flat;
+        unsigned char o = 0, a = 0xFF;
+        for (unsigned int k = 0; k < n; ++k) {
+            o |= p[k];
+            a &= p[k];
+        }
+        any |= o;
+        all &= a;
+        met = true;
+    });
+    unsigned set = 0;
+    for (unsigned p = 0; met && p <= kPresetMask; ++p)
+        if ((p & ~any & kPresetMask) == 0 && (p & all) == (all & kPresetMask)) set |= 1u << p;
+    if (std::popcount(set) <= 2) return set;
+    unsigned found = 0;
+    for (unsigned q = 0; q <= kPresetMask; ++q) {
+        if (!(set >> q & 1)) continue;
+        bool seen = false;
+        walk.Runs([&](size_t flat, size_t, unsigned int n) {
+            const unsigned char* p = presetIndex + flat;
+            bool here = false;
+            for (unsigned int k = 0; k < n; ++k) here |= (p[k] & kPresetMask) == q;
+            seen = seen || here;
+        });
+        if (seen) found |= 1u << q;
+    }
+    return found;
+}
+
+inline bool SameBits(double a, double b)
+{
+    return std::memcmp(&a, &b, sizeof(double)) == 0;
+}
+inline bool SameValues(const double* a, const double* b, int n)
+{
+    return n <= 0 || a == b || std::memcmp(a, b, size_t(n) * sizeof(double)) == 0;
+}
 
 // Planck's law inverted at the middle of the band. Its constants 11910.66
 // and 14388.3 differ from the 11910.7 and 14388.4 of Radiance on purpose, so
@@ -450,15 +655,21 @@ struct TCoeffsPS {
     struct K {
         static bool Run(const void* src, void* dst, const W& walk, const SCoeffsPSArgs& a)
         {
+            // The record's fields in locals: stores of the results could
+            // otherwise alias them, and each pixel would read them again.
+            const unsigned char* presetIndex = a.presetIndex;
+            const int* orders = a.orders;
+            double* const* coefficients = a.coefficients;
+            const double em = a.emissivity;
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
-                return MapUntil<S, D>(src, dst, walk, [&a](double r, unsigned flat, double& out) {
-                    const unsigned p = a.presetIndex[flat];
+                return MapUntil<S, D>(src, dst, walk, [=](double r, unsigned flat, double& out) {
+                    const unsigned p = presetIndex[flat];
                     // This form serves presets 0 to 3 only, and orders from 1 up: intended.
                     if (p > 3) return false;
-                    const int order = a.orders[p];
+                    const int order = orders[p];
                     if (order < 1) return false;
-                    const double* c = a.coefficients[p];
-                    const double x = r / a.emissivity;
+                    const double* c = coefficients[p];
+                    const double x = r / em;
                     // The running sum is kept in float and each term uses pow: intended.
                     float sum = 0.0f;
                     for (int i = 0; i <= order; ++i) sum = static_cast<float>(sum + c[i] * std::pow(x, i));
@@ -477,20 +688,10 @@ struct TLookup {
         static bool Run(const void* src, void* dst, const W& walk, const SLookupArgs& a)
         {
             if (a.size < 2) return false;
-            const double* t = a.table;
-            const double* temp = a.temperatures;
-            const int size = a.size;
-            const bool allowClamp = a.allowClamp;
-            const double em = a.emissivity;
-            const CLookupRows rows(t, temp, size, WalkPixels(walk) >= kLookupGridPixels);
+            const CLookupRows rows(a.table, a.temperatures, a.size, WalkPixels(walk) >= kLookupGridPixels);
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
-                return MapUntil<S, D>(src, dst, walk, [&rows, allowClamp, em](double r, unsigned, double& out) {
-                    bool inside;
-                    const double c = rows.Celsius(r / em, inside);
-                    if (!inside && !allowClamp) return false;
-                    out = ConvertScale<tempCelsius, To>(c);
-                    return true;
-                });
+                return LookupWalk<To>(rows, static_cast<const S*>(src), static_cast<D*>(dst), walk, a.emissivity,
+                                      a.allowClamp);
             });
         }
     };
@@ -502,11 +703,27 @@ struct TLookupPS {
     struct K {
         static bool Run(const void* src, void* dst, const W& walk, const SLookupPSArgs& a)
         {
+            const bool grid = WalkPixels(walk) >= kLookupGridPixels;
+            // One table for all presets met: the single-table path.
+            if (const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, a.presetIndex)) {
+                const unsigned first = unsigned(std::countr_zero(met));
+                const int size = a.sizes[first];
+                bool one = size >= 2;
+                for (unsigned p = first + 1; one && p <= kPresetMask; ++p)
+                    one = !(met >> p & 1) || (a.sizes[p] == size && SameValues(a.tables[p], a.tables[first], size) &&
+                                              SameValues(a.temperatures[p], a.temperatures[first], size));
+                if (one) {
+                    const CLookupRows rows(a.tables[first], a.temperatures[first], size, grid);
+                    return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
+                        return LookupWalk<To>(rows, static_cast<const S*>(src), static_cast<D*>(dst), walk,
+                                              a.emissivity, a.allowClamp);
+                    });
+                }
+            }
             // Each preset's table is prepared when the preset first appears:
             // the tables of presets that never do are not read.
             CLookupRows rows[kPresetMask + 1];
             bool ready[kPresetMask + 1] = {};
-            const bool grid = WalkPixels(walk) >= kLookupGridPixels;
             return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
                 return MapUntil<S, D>(src, dst, walk, [&](double r, unsigned flat, double& out) {
                     const unsigned p = a.presetIndex[flat] & kPresetMask;
@@ -597,6 +814,230 @@ inline double TemperatureOf(const STempMethod& m, const STempSet& set, const SPl
     return ConvertScale(planck.Kelvin(radiance), tempKelvin, set.tempType);
 }
 
+// How far the presets met agree, judged against the first of them: not at
+// all (the choice stays per pixel), in form (values by preset) or fully
+// (one preset's computation serves all, bit for bit).
+enum ELikeness : int { likeNone, likeForm, likeFull };
+
+constexpr bool UsesBackground(int order)
+{
+    return order == -1 || order == -2;
+}
+
+// Radiance forms: the order itself, all orders below -2 alike.
+inline ELikeness RadianceLikeness(const SPoly& a, const SPoly& b)
+{
+    if (a.order != b.order && !(a.order < -2 && b.order < -2)) return likeNone;
+    const bool background = UsesBackground(a.order);
+    if (background && !a.backgroundImage != !b.backgroundImage) return likeNone;
+    const int coefs =
+        WithRadianceForm(a.order, [&]<int F>() { return F == kRadiancePow ? a.order + 1 : kRadianceCoefs<F>; });
+    bool same = SameBits(a.scale, b.scale) && SameValues(a.coefficients, b.coefficients, coefs);
+    if (background)
+        same = same && (a.backgroundImage ? a.backgroundImage == b.backgroundImage : SameBits(a.background, b.background));
+    return same ? likeFull : likeForm;
+}
+
+inline ELikeness TempLikeness(const STempMethod& a, const STempMethod& b)
+{
+    if (a.method != b.method) return likeNone;
+    switch (a.method) {
+    case methodLookup:
+        return a.size == b.size && SameValues(a.table, b.table, a.size) &&
+                       SameValues(a.temperatures, b.temperatures, a.size)
+                   ? likeFull
+                   : likeForm;
+    case methodCoeffs:
+        if (a.order != b.order) return likeNone;
+        return SameValues(a.coefficients, b.coefficients, a.order + 1) ? likeFull : likeForm;
+    case methodPlanck: break;
+    }
+    return likeFull; // band and emissivity are common
+}
+
+// The least agreement of the presets in met with the first of them.
+template <class T, class L>
+ELikeness Likeness(unsigned met, const T* preset, L like, unsigned& first)
+{
+    first = met ? unsigned(std::countr_zero(met)) : 0;
+    ELikeness least = likeFull;
+    for (unsigned p = first + 1; p <= kPresetMask; ++p)
+        if (met >> p & 1) least = std::min(least, like(preset[first], preset[p]));
+    return least;
+}
+
+// The radiance of a dense run of a per-preset call: n values from s into d,
+// flat the run's place in the frame. One preset's kernel when all presets
+// met compute alike; else, with one form, that form's loop with each
+// pixel's coefficients, background and scale.
+template <class S, class D>
+void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS& set, unsigned met, ELikeness like,
+                   unsigned first)
+{
+    if (like == likeFull) {
+        SPoly p = set.preset[first];
+        if (p.backgroundImage) p.backgroundImage += flat;
+        vecCountsToRadianceImg[SourceByFloatIndexOf<S, D>](s, d, SWalkCount{n}, p, nullptr, SLimits{});
+        return;
+    }
+    const unsigned char* pi = set.presetIndex + flat;
+    WithRadianceForm(set.preset[first].order, [&]<int F>() {
+        constexpr int nc = kRadianceCoefs<F> ? kRadianceCoefs<F> : 1;
+        // Only the presets met are read: the others' records may be empty.
+        double c[kPresetMask + 1][nc] = {}, scale[kPresetMask + 1] = {}, b[kPresetMask + 1] = {};
+        const double* image[kPresetMask + 1] = {};
+        for (unsigned p = 0; p <= kPresetMask; ++p) {
+            if (!(met >> p & 1)) continue;
+            const SPoly& q = set.preset[p];
+            for (int i = 0; i < kRadianceCoefs<F>; ++i) c[p][i] = q.coefficients[i];
+            scale[p] = q.scale;
+            b[p] = q.background;
+            image[p] = q.backgroundImage ? q.backgroundImage + flat : nullptr;
+        }
+        if constexpr (kRadianceCoefs<F> == 0) {
+            for (unsigned int k = 0; k < n; ++k) {
+                const SPoly& q = set.preset[pi[k] & kPresetMask];
+                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), q.coefficients, q.order, 0.0, q.scale));
+            }
+        } else if (UsesBackground(F) && image[first]) {
+            for (unsigned int k = 0; k < n; ++k) {
+                const unsigned p = pi[k] & kPresetMask;
+                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), c[p], 0, image[p][k], scale[p]));
+            }
+        } else {
+            for (unsigned int k = 0; k < n; ++k) {
+                const unsigned p = pi[k] & kPresetMask;
+                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), c[p], 0, b[p], scale[p]));
+            }
+        }
+    });
+}
+
+// The temperature methods of the presets met, prepared once per call.
+struct SPresetTemps {
+    const STempSet* set = nullptr;
+    unsigned met = 0, first = 0;
+    ELikeness like = likeNone;
+    SPlanck planck{0.0, 0.0, 1.0};
+    double coefs[kPresetMask + 1][7] = {};
+    CLookupRows rows[kPresetMask + 1];
+
+    SPresetTemps(const STempSet& s, unsigned presetsMet, size_t pixels)
+        : set(&s), met(presetsMet), planck(s.bandEnd, s.bandStart, s.emissivity)
+    {
+        like = Likeness(met, s.preset, TempLikeness, first);
+        if (like == likeNone) return;
+        for (unsigned p = 0; p <= kPresetMask; ++p) {
+            if (!(met >> p & 1) || (like == likeFull && p != first)) continue;
+            const STempMethod& m = s.preset[p];
+            if (m.method == methodLookup) rows[p] = CLookupRows(m.table, m.temperatures, m.size, pixels >= kLookupGridPixels);
+            if (m.method == methodCoeffs && m.order <= 6)
+                for (int i = 0; i <= m.order; ++i) coefs[p][i] = m.coefficients[i];
+        }
+    }
+};
+
+// The temperature of a dense run of a per-preset call, from the radiance
+// in s into d (s may be d), pi the run's preset bytes; t.like is not
+// likeNone. The method and order are chosen once; each pixel takes its
+// preset's coefficients or table.
+template <ETempType To, class S, class D>
+void TemperatureRunPS(const S* s, D* d, unsigned int n, const unsigned char* pi, const SPresetTemps& t)
+{
+    const STempMethod& m = t.set->preset[t.first];
+    const double em = t.set->emissivity;
+    const auto each = [&](auto celsius) {
+        for (unsigned int k = 0; k < n; ++k)
+            d[k] = ConvertValue<D>(ConvertScale<tempCelsius, To>(celsius(ConvertValue<double>(s[k]) / em, k)));
+    };
+    switch (m.method) {
+    case methodLookup:
+        if (t.like == likeFull) {
+            const CLookupRows& rows = t.rows[t.first];
+            if (rows.Fast()) rows.Run<To>(s, d, n, em, true);
+            else
+                each([&](double x, unsigned int) {
+                    bool inside;
+                    return rows.Celsius(x, inside);
+                });
+            return;
+        }
+        each([&](double x, unsigned int k) {
+            bool inside;
+            return t.rows[pi[k] & kPresetMask].Celsius(x, inside);
+        });
+        return;
+    case methodCoeffs:
+        WithTempOrder(m.order, [&]<int N>() {
+            if constexpr (N == 0) {
+                each([&](double x, unsigned int k) {
+                    return TempPolyPow(x, t.set->preset[pi[k] & kPresetMask].coefficients, m.order);
+                });
+            } else if (t.like == likeFull) {
+                const TCoefs<N + 1> c(t.coefs[t.first]);
+                each([&](double x, unsigned int) { return TempPoly<N>(x, c.c); });
+            } else {
+                each([&](double x, unsigned int k) { return TempPoly<N>(x, t.coefs[pi[k] & kPresetMask]); });
+            }
+        });
+        return;
+    case methodPlanck: break;
+    }
+    const SPlanck planck = t.planck;
+    for (unsigned int k = 0; k < n; ++k)
+        d[k] = ConvertValue<D>(ConvertScale<tempKelvin, To>(planck.Kelvin(ConvertValue<double>(s[k]))));
+}
+
+// Dense runs of a per-preset call through run(s, d, n, flat) when reading a
+// run whole before writing it gives the same result; other runs, and index
+// lists (whose runs are mostly single pixels), through the per-pixel
+// body(v, flat) in walk order.
+template <class S, class D, class W, class R, class B>
+void RunsOrPixels(const void* src, void* dst, const W& walk, R run, B body)
+{
+    const S* s = static_cast<const S*>(src);
+    D* d = static_cast<D*>(dst);
+    if constexpr (!std::is_same_v<W, SWalkIndices>) {
+        walk.Runs([&](size_t flat, size_t i, unsigned int n) {
+            if (ReadsPrecedeWrites(s + flat, d + i, n)) {
+                run(s + flat, d + i, n, flat);
+                return;
+            }
+            for (unsigned int k = 0; k < n; ++k)
+                d[i + k] = ConvertValue<D>(body(ConvertValue<double>(s[flat + k]), unsigned(flat + k)));
+        });
+    } else {
+        Map<S, D>(src, dst, walk, body);
+    }
+}
+
+template <class W, bool kStatus>
+struct TRadiancePS {
+    template <class S, class D>
+    struct K {
+        static void Run(const void* src, void* dst, const W& walk, const SPolyPS& set, unsigned char* status)
+        {
+            const auto value = [&set](double v, unsigned flat) { return RadiancePS(set, v, flat); };
+            if constexpr (kStatus) {
+                MapStatus<S, D>(src, dst, walk, status, value, [&set](unsigned flat) -> const SLimits& {
+                    return set.limits[set.presetIndex[flat] & kPresetMask];
+                });
+            } else {
+                const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
+                unsigned first;
+                const ELikeness like = Likeness(met, set.preset, RadianceLikeness, first);
+                if (like == likeNone) {
+                    Map<S, D>(src, dst, walk, value);
+                    return;
+                }
+                RunsOrPixels<S, D>(src, dst, walk, [&](const S* s, D* d, unsigned int n, size_t flat) {
+                    RadianceRunPS(s, d, n, flat, set, met, like, first);
+                }, value);
+            }
+        }
+    };
+};
+
 template <class W>
 struct TRadianceToTemperaturePS {
     template <class S, class D>
@@ -604,16 +1045,29 @@ struct TRadianceToTemperaturePS {
         static bool Run(const void* src, void* dst, const W& walk, const STempSet& set)
         {
             const SPlanck planck(set.bandEnd, set.bandStart, set.emissivity);
-            Map<S, D>(src, dst, walk, [&](double r, unsigned flat) {
+            const auto value = [&](double r, unsigned flat) {
                 return TemperatureOf(set.preset[set.presetIndex[flat] & kPresetMask], set, planck, r);
+            };
+            const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
+            const SPresetTemps temps(set, met, WalkPixels(walk));
+            if (temps.like == likeNone) {
+                Map<S, D>(src, dst, walk, value);
+                return true;
+            }
+            WithScale<tempCelsius>(set.tempType, [&]<ETempType To>() {
+                RunsOrPixels<S, D>(src, dst, walk, [&](const S* s, D* d, unsigned int n, size_t flat) {
+                    TemperatureRunPS<To>(s, d, n, set.presetIndex + flat, temps);
+                }, value);
             });
             return true;
         }
     };
 };
 
-// Radiance and temperature of each pixel in one pass; the radiance is held
-// in the destination's type on the way.
+// Radiance and temperature of each pixel; the radiance is held in the
+// destination's type on the way. Runs that can be read whole go in two
+// dense passes, the radiance into the destination and the temperature in
+// place, each with its form chosen once.
 template <class W>
 struct TCountsToTemperaturePS {
     template <class S, class D>
@@ -621,9 +1075,23 @@ struct TCountsToTemperaturePS {
         static bool Run(const void* src, void* dst, const W& walk, const SPolyPS& poly, const STempSet& set)
         {
             const SPlanck planck(set.bandEnd, set.bandStart, set.emissivity);
-            Map<S, D>(src, dst, walk, [&](double v, unsigned flat) {
+            const auto value = [&](double v, unsigned flat) {
                 const double radiance = ConvertValue<D>(RadiancePS(poly, v, flat));
                 return TemperatureOf(set.preset[set.presetIndex[flat] & kPresetMask], set, planck, radiance);
+            };
+            const unsigned met = std::is_same_v<W, SWalkIndices> ? 0 : PresetsMet(walk, set.presetIndex);
+            unsigned first;
+            const ELikeness like = Likeness(met, poly.preset, RadianceLikeness, first);
+            const SPresetTemps temps(set, like == likeNone ? 0 : met, WalkPixels(walk));
+            if (like == likeNone || temps.like == likeNone) {
+                Map<S, D>(src, dst, walk, value);
+                return true;
+            }
+            WithScale<tempCelsius>(set.tempType, [&]<ETempType To>() {
+                RunsOrPixels<S, D>(src, dst, walk, [&](const S* s, D* d, unsigned int n, size_t flat) {
+                    RadianceRunPS(s, d, n, flat, poly, met, like, first);
+                    TemperatureRunPS<To>(d, d, n, set.presetIndex + flat, temps);
+                }, value);
             });
             return true;
         }

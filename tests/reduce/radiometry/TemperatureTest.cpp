@@ -156,20 +156,25 @@ TEST(Temperature, FrameLookupMatchesALinearScanAndStopsOutsideTheTable)
 
 // Frame kernels search the rows their own way; on a row a value lies in two
 // intervals, and they must take the one the single-value search takes,
-// which decides the last bit. Ascending, repeated and falling rows.
+// which decides the last bit. Ascending, repeated, falling, unevenly spread
+// (several rows to a cell of the search grid) and infinite rows; values on,
+// beside and between rows, outside the table and NaN, alone and in frames.
 TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
 {
     int onRowDifferences = 0;
-    for (int shape = 0; shape < 9; ++shape) {
-        const int size = shape < 7 ? std::vector<int>{2, 3, 5, 8, 13, 64, 100}[shape] : 9;
+    for (int shape = 0; shape < 13; ++shape) {
+        const int size = shape < 7 ? std::vector<int>{2, 3, 5, 8, 13, 64, 100}[shape] : shape < 11 ? 9 : 40;
         std::vector<double> t, temp;
         for (int k = 0; k < size; ++k) {
-            t.push_back(0.3 * k * k + 0.7 * k + 0.01);
+            t.push_back(shape == 11 ? std::pow(1.6, k) : 0.3 * k * k + 0.7 * k + 0.01);
             temp.push_back(-20.0 + 7.1 * k + std::sin(1.3 * k));
         }
         if (shape == 7) t[4] = t[3];             // a repeated row
         if (shape == 8) std::reverse(t.begin(), t.end()); // falling rows
-        std::vector<double> src{-1.0, t.front() - 1.0, t.back() + 1.0, std::nan("")};
+        if (shape == 9) t[1] = t[0], t.back() = t[size - 2]; // repeated end rows
+        if (shape == 10) t.back() = INFINITY;
+        if (shape == 12) t.assign(size, 2.0); // one value
+        std::vector<double> src{-1.0, t.front() - 1.0, t.back() + 1.0, std::nan(""), -INFINITY, INFINITY};
         for (int k = 0; k < size; ++k) {
             src.push_back(t[k]);
             src.push_back(std::nextafter(t[k], -INFINITY));
@@ -179,12 +184,18 @@ TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
             if (k && k + 1 < size && shape < 7)
                 onRowDifferences += temp[k - 1] + (temp[k] - temp[k - 1]) * (t[k] - t[k - 1]) / (t[k] - t[k - 1]) != temp[k];
         }
+        const double span = std::isfinite(t.back()) ? t.back() - t.front() : 100.0;
+        for (int k = 0; k < 500; ++k) src.push_back(t.front() - 0.05 * span + 1.1 * span * ((k * 7919) % 500) / 500.0);
         // Frames of a thousand values and more are searched another way.
         for (size_t i = 0, m = src.size(); src.size() < 1200; ++i) src.push_back(src[i % m]);
         const unsigned n = unsigned(src.size());
-        std::vector<double> want(n), got(n), gotPS(n);
+        std::vector<double> want(n), got(n), gotPS(n), gotRect(n), inPlace = src;
         for (unsigned i = 0; i < n; ++i) want[i] = _ToTemperatureLookup(src[i], t.data(), temp.data(), size, 1.0);
         ASSERT_TRUE(ToTemperatureLookup(Typed(got), Typed(src), n, t.data(), temp.data(), size, true, 1.0, tempCelsius));
+        ASSERT_TRUE(ToTemperatureLookup(Typed(inPlace), Typed(inPlace), n, t.data(), temp.data(), size, true, 1.0,
+                                        tempCelsius));
+        ASSERT_TRUE(ToTemperatureLookup(Typed(gotRect), Typed(src), 100, uint16_t(n / 100), SArea{0, 0, uint16_t(n / 100 - 1), 99},
+                                        t.data(), temp.data(), size, true, 1.0, tempCelsius));
         double* tables[8] = {nullptr, t.data()};
         double* temps[8] = {nullptr, temp.data()};
         int sizes[8] = {0, size};
@@ -192,7 +203,26 @@ TEST(Temperature, FrameLookupChoosesTheIntervalsOfTheSingleValueSearch)
         ASSERT_TRUE(ToTemperatureLookup(Typed(gotPS), Typed(src), preset.data(), n, tables, temps, sizes, true, 1.0,
                                         tempCelsius));
         EXPECT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+        EXPECT_EQ(std::memcmp(inPlace.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+        EXPECT_EQ(std::memcmp(gotRect.data(), want.data(), n / 100 * 100 * sizeof(double)), 0) << "shape " << shape;
         EXPECT_EQ(std::memcmp(gotPS.data(), want.data(), n * sizeof(double)), 0) << "shape " << shape;
+
+        // Without clamping the first value outside the table ends the call.
+        std::vector<double> some, stopped(1100, -7.0);
+        for (double v : src)
+            if (!(v < t.front() || v > t.back())) some.push_back(v); // NaN too
+        some.resize(1100, std::nan(""));
+        some[1050] = -INFINITY;
+        unsigned stop = 0;
+        for (double out; stop < 1100; ++stop)
+            if (!ToTemperatureLookup(out, some[stop], t.data(), temp.data(), size, false, 1.0, tempCelsius)) break;
+        EXPECT_FALSE(ToTemperatureLookup(Typed(stopped), Typed(some), 1100, t.data(), temp.data(), size, false, 1.0,
+                                         tempCelsius));
+        for (unsigned i = 0; i < stop; ++i) {
+            const double expected = _ToTemperatureLookup(some[i], t.data(), temp.data(), size, 1.0);
+            ASSERT_EQ(std::memcmp(&stopped[i], &expected, sizeof(double)), 0) << "shape " << shape << " at " << i;
+        }
+        EXPECT_EQ(std::vector<double>(stopped.begin() + stop, stopped.end()), std::vector<double>(1100 - stop, -7.0));
     }
     EXPECT_GT(onRowDifferences, 0);
 }
@@ -366,6 +396,84 @@ TEST(Temperature, CountsToTemperatureIsRadianceThenTemperature)
         RadianceToTemperature(Typed(radianceFrame), Typed(singleChained), width, height, area, temperature[1], common));
     EXPECT_EQ(single, singleChained);
     EXPECT_EQ(single[1], direct[1]); // pixel 7 has preset 1
+}
+
+// The per-preset forms choose a method once when the presets met agree;
+// each pixel must still get what its own preset gives alone. Presets alike
+// and unlike in form and values, inactive presets whose records must not
+// be read, index bytes above 7, backgrounds by pixel or scalar.
+TEST(Temperature, PerPresetFormsMatchEachPixelsOwnPreset)
+{
+    const unsigned w = 40, h = 30, n = w * h;
+    std::vector<uint16_t> counts(n);
+    std::vector<double> image(n);
+    for (unsigned i = 0; i < n; ++i) {
+        counts[i] = uint16_t(40 + (i * 2654435761u >> 22) % 400);
+        image[i] = 0.5 * (i % 13);
+    }
+    double rc[2][3] = {{0.1, 0.01, 1e-5}, {0.2, 0.011, 2e-5}};
+    double tc[2][4] = {{-20.0, 9.0, -0.3, 0.01}, {-21.0, 8.5, -0.2, 0.012}};
+    double table[2][3] = {{0.0, 2.0, 9.0}, {0.0, 3.0, 9.0}}, temps[3] = {-20.0, 30.0, 95.0};
+    const SCommonParams common{1.1, 0.95, tempFahrenheit, 12.0, 8.0};
+    const STemperatureParams methods[6] = {{nullptr, nullptr, 0, tc[0], 3}, {nullptr, nullptr, 0, tc[1], 3},
+                                           {nullptr, nullptr, 0, tc[1], 2}, {table[0], temps, 3, nullptr, 0},
+                                           {table[1], temps, 3, nullptr, 0}, {}};
+    // Pairs of presets' methods: same, values differ, orders differ, same
+    // table, tables differ, Planck, table beside polynomial.
+    const int pairs[7][2] = {{0, 0}, {0, 1}, {0, 2}, {3, 3}, {3, 4}, {5, 5}, {3, 0}};
+    const std::vector<std::vector<unsigned char>> patterns{{2}, {2, 1}, {1, 2, 2, 1}, {9, 2, 10, 1, 2}};
+    for (const auto& pattern : patterns)
+        for (int radianceCase = 0; radianceCase < 4; ++radianceCase)
+            for (const auto& pair : pairs) {
+                SCOPED_TRACE(::testing::Message() << int(pattern[0]) << " " << radianceCase << " " << pair[0] << pair[1]);
+                // Presets 0 and 3 are never met: records that must not be read.
+                SRadianceParams radiance[8];
+                STemperatureParams temperature[8];
+                for (int p = 0; p < 8; ++p) radiance[p] = SRadianceParams{nullptr, 2, 0.0, nullptr};
+                for (int k = 0; k < 2; ++k) {
+                    const int p = k + 1;
+                    const int order = radianceCase == 3 ? 2 - k : radianceCase == 2 ? -2 : 2;
+                    radiance[p] = SRadianceParams{rc[radianceCase == 0 ? 0 : k], order, 3.0 + k,
+                                                  radianceCase == 2 ? image.data() : nullptr};
+                    temperature[p] = methods[pair[k]];
+                }
+                const bool active[8] = {true, true, true, false};
+                std::vector<unsigned char> preset(n);
+                for (unsigned i = 0; i < n; ++i) preset[i] = pattern[i % pattern.size()];
+                std::vector<float> got(n), gotRadiance(n), want(n), wantRadiance(n);
+                std::vector<double> gotFromRadiance(n), wantFromRadiance(n), radianceIn(n);
+                for (unsigned i = 0; i < n; ++i) radianceIn[i] = 0.02 * (i % 500);
+                ASSERT_TRUE(CountsToTemperature(Typed(counts), Typed(got), preset.data(), n, active, radiance,
+                                                temperature, common));
+                ASSERT_TRUE(CountsToRadiance(Typed(counts), Typed(gotRadiance), preset.data(), n, active, radiance,
+                                             common));
+                ASSERT_TRUE(RadianceToTemperature(Typed(radianceIn), Typed(gotFromRadiance), preset.data(), n, active,
+                                                  temperature, common));
+                for (unsigned i = 0; i < n; ++i) {
+                    const int p = preset[i] & 7;
+                    SRadianceParams one = radiance[p];
+                    if (one.backgroundImage) one.backgroundImage += i;
+                    const STypedData c(&counts[i], dtUInt16);
+                    ASSERT_TRUE(CountsToTemperature(c, STypedData(&want[i], dtFlt32), 1, one, temperature[p], common));
+                    ASSERT_TRUE(CountsToRadiance(c, STypedData(&wantRadiance[i], dtFlt32), 1, one, common));
+                    ASSERT_TRUE(RadianceToTemperature(STypedData(&radianceIn[i], dtFlt64),
+                                                      STypedData(&wantFromRadiance[i], dtFlt64), 1, temperature[p],
+                                                      common));
+                }
+                ASSERT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(float)), 0);
+                ASSERT_EQ(std::memcmp(gotRadiance.data(), wantRadiance.data(), n * sizeof(float)), 0);
+                ASSERT_EQ(std::memcmp(gotFromRadiance.data(), wantFromRadiance.data(), n * sizeof(double)), 0);
+                // A rectangle, and the radiance converted in place.
+                const SArea area{3, 2, 27, 38};
+                std::vector<float> rect(25 * 37);
+                ASSERT_TRUE(CountsToTemperature(Typed(counts), Typed(rect), preset.data(), w, h, area, active,
+                                                radiance, temperature, common));
+                for (unsigned y = 0, i = 0; y < 25; ++y)
+                    for (unsigned x = 0; x < 37; ++x, ++i) ASSERT_EQ(rect[i], want[(y + 3) * w + x + 2]) << i;
+                ASSERT_TRUE(RadianceToTemperature(Typed(radianceIn), Typed(radianceIn), preset.data(), n, active,
+                                                  temperature, common));
+                ASSERT_EQ(std::memcmp(radianceIn.data(), wantFromRadiance.data(), n * sizeof(double)), 0);
+            }
 }
 
 TEST(Temperature, RegionFormsGatherInRegionOrder)
