@@ -146,7 +146,8 @@ int RunConvert(const SConvertOptions& o)
     }
     auto write = [&](uint64_t at, uint64_t frames, const float* values, const unsigned char* status) {
         if (ext == "npy") {
-            if (!mapped && !npy.AddFrames(values, frames * n, error)) return false;
+            if (mapped) npy.Done((at + frames - first) * n);
+            else if (!npy.AddFrames(values, frames * n, error)) return false;
             progress.Step(static_cast<uint32_t>(at + frames - first));
             return true;
         }

@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <png.h>
 
@@ -210,7 +211,21 @@ float* CNpyWriter::MapValues(uint64_t values, bool& ok, std::string& error)
     if (map == MAP_FAILED) return nullptr;
     m_map = map;
     m_mapBytes = bytes;
+    m_header = size_t(header);
+    m_released = 0;
     return reinterpret_cast<float*>(static_cast<unsigned char*>(map) + header);
+}
+
+void CNpyWriter::Done(uint64_t values)
+{
+    if (!m_map) return;
+    static const size_t page = size_t(sysconf(_SC_PAGESIZE));
+    const size_t end = std::min(m_mapBytes, m_header + size_t(values) * sizeof(float)) / page * page;
+    if (end <= m_released) return;
+    // Dropping shared file pages from the mapping keeps what was written:
+    // the pages stay in the file's cache, dirty, for the kernel to write.
+    madvise(static_cast<unsigned char*>(m_map) + m_released, end - m_released, MADV_DONTNEED);
+    m_released = end;
 }
 
 bool CNpyWriter::Close(std::string& error)

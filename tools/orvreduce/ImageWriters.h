@@ -37,12 +37,18 @@ public:
     // (AddFrames serves), null with ok false and a reason when the disk
     // cannot hold the array.
     float* MapValues(uint64_t values, bool& ok, std::string& error);
+    // The first values of the mapped array are complete: their pages leave
+    // this process (the file keeps them), so that resident memory stays that
+    // of the blocks in flight however long the recording.
+    void Done(uint64_t values);
     bool Close(std::string& error);
 
 private:
     FILE* m_file = nullptr;
     void* m_map = nullptr;
     size_t m_mapBytes = 0;
+    size_t m_header = 0;
+    size_t m_released = 0;
 };
 
 // One block of rows per frame, each preceded by a "# frame N" line.
