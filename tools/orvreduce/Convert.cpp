@@ -121,20 +121,6 @@ int RunConvert(const SConvertOptions& o)
         std::fprintf(csv, "# %s, %s, %ux%u\n", o.input.c_str(), label.c_str(), w, h);
     }
 
-    // A mapped .npy takes each block where it belongs, written by the thread
-    // that reduced it; the status bytes, which .npy leaves out, stay in the
-    // reduction's buffers.
-    float* mapped = nullptr;
-    if (ext == "npy" && !colour) {
-        bool ok = true;
-        mapped = npy.MapValues(count * n, ok, error);
-        if (!ok) return failOutput(o.output);
-    }
-    const CRecordingReduction::TFrameBlockTarget target =
-        mapped ? CRecordingReduction::TFrameBlockTarget(
-                     [&](uint64_t at, uint64_t, float*& values, unsigned char*&) { values = mapped + (at - first) * n; })
-               : CRecordingReduction::TFrameBlockTarget();
-
     // Blocks of frames arrive in frame order from the reducing threads and
     // are written here, one block at a time.
     CProgress progress("convert", count);
@@ -146,8 +132,7 @@ int RunConvert(const SConvertOptions& o)
     }
     auto write = [&](uint64_t at, uint64_t frames, const float* values, const unsigned char* status) {
         if (ext == "npy") {
-            if (mapped) npy.Done((at + frames - first) * n);
-            else if (!npy.AddFrames(values, frames * n, error)) return false;
+            if (!npy.AddFrames(values, frames * n, error)) return false;
             progress.Step(static_cast<uint32_t>(at + frames - first));
             return true;
         }
@@ -175,7 +160,7 @@ int RunConvert(const SConvertOptions& o)
         }
         return true;
     };
-    if (!colour && !reducer.ReduceFrames(first, end, o.threads, write, 0, target)) {
+    if (!colour && !reducer.ReduceFrames(first, end, o.threads, write)) {
         if (!error.empty()) return failOutput(errorPath);
         if (csv) std::fclose(csv);
         return Fail("%s: %s", o.input.c_str(), reducer.lastError().c_str());

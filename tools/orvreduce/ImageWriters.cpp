@@ -1,14 +1,9 @@
 #include "tools/orvreduce/ImageWriters.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <png.h>
 
@@ -151,14 +146,12 @@ bool CTiffWriter::Close(std::string& error)
 
 CNpyWriter::~CNpyWriter()
 {
-    if (m_map) munmap(m_map, m_mapBytes);
     if (m_file) std::fclose(m_file);
 }
 
 bool CNpyWriter::Open(const std::string& path, uint64_t frames, unsigned width, unsigned height, std::string& error)
 {
-    // Read and write: a mapping of the file needs both.
-    m_file = std::fopen(path.c_str(), "w+b");
+    m_file = std::fopen(path.c_str(), "wb");
     if (!m_file) {
         error = "cannot create the .npy file";
         return false;
@@ -190,52 +183,8 @@ bool CNpyWriter::AddFrames(const float* values, size_t n, std::string& error)
     return true;
 }
 
-float* CNpyWriter::MapValues(uint64_t values, bool& ok, std::string& error)
-{
-    ok = true;
-    if (!m_file || std::fflush(m_file) != 0) return nullptr;
-    const int fd = fileno(m_file);
-    const off_t header = ftello(m_file);
-    if (header <= 0 || header % 64 != 0 || values > (uint64_t(1) << 60) / sizeof(float)) return nullptr;
-    const size_t bytes = size_t(header) + size_t(values) * sizeof(float);
-    // Blocks reserved first: a store into a mapped page the disk has no
-    // room for would end the process instead of failing here.
-    const int reserved = posix_fallocate(fd, 0, off_t(bytes));
-    if (reserved == ENOSPC || reserved == EFBIG) {
-        ok = false;
-        error = reserved == ENOSPC ? "the disk has no room for the .npy file" : "the .npy file would be too large";
-        return nullptr;
-    }
-    if (reserved != 0) return nullptr;
-    void* map = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    if (map == MAP_FAILED) return nullptr;
-    m_map = map;
-    m_mapBytes = bytes;
-    m_header = size_t(header);
-    m_released = 0;
-    return reinterpret_cast<float*>(static_cast<unsigned char*>(map) + header);
-}
-
-void CNpyWriter::Done(uint64_t values)
-{
-    if (!m_map) return;
-    static const size_t page = size_t(sysconf(_SC_PAGESIZE));
-    const size_t end = std::min(m_mapBytes, m_header + size_t(values) * sizeof(float)) / page * page;
-    if (end <= m_released) return;
-    // Dropping shared file pages from the mapping keeps what was written:
-    // the pages stay in the file's cache, dirty, for the kernel to write.
-    madvise(static_cast<unsigned char*>(m_map) + m_released, end - m_released, MADV_DONTNEED);
-    m_released = end;
-}
-
 bool CNpyWriter::Close(std::string& error)
 {
-    if (m_map && munmap(m_map, m_mapBytes) != 0) {
-        m_map = nullptr;
-        error = "writing the .npy file failed";
-        return false;
-    }
-    m_map = nullptr;
     FILE* f = m_file;
     m_file = nullptr;
     if (f && std::fclose(f) != 0) {

@@ -31,24 +31,10 @@ public:
     bool Open(const std::string& path, uint64_t frames, unsigned width, unsigned height, std::string& error);
     // n values: one frame or a block of whole frames, in one write.
     bool AddFrames(const float* values, size_t n, std::string& error);
-    // The whole array, reserved on disk and mapped, for frames reduced
-    // straight into the file from several threads; AddFrames is then not
-    // called. Null with ok set when the file system offers no such mapping
-    // (AddFrames serves), null with ok false and a reason when the disk
-    // cannot hold the array.
-    float* MapValues(uint64_t values, bool& ok, std::string& error);
-    // The first values of the mapped array are complete: their pages leave
-    // this process (the file keeps them), so that resident memory stays that
-    // of the blocks in flight however long the recording.
-    void Done(uint64_t values);
     bool Close(std::string& error);
 
 private:
     FILE* m_file = nullptr;
-    void* m_map = nullptr;
-    size_t m_mapBytes = 0;
-    size_t m_header = 0;
-    size_t m_released = 0;
 };
 
 // One block of rows per frame, each preceded by a "# frame N" line.
