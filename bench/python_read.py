@@ -58,6 +58,8 @@ def main():
         with orvreduce.open(path) as rec:
             rec.read(0)
             py = best(lambda: rec.read(threads=1))
+            buffer = np.empty((len(rec),) + rec.shape[1:], dtype=np.float32)
+            pyOut = best(lambda: rec.read(threads=1, out=buffer))
             pyAll = best(lambda: rec.read())
             counts = np.stack([rec.raw(i) for i in range(len(rec))])
             check = numpy_temperature(counts[:1])
@@ -71,6 +73,7 @@ def main():
     print(f"{n} frames of 640x512 to temperature, load {os.getloadavg()[0]:.1f}")
     print(f"  C++ CRecordingReduction  {cpp * 1000:8.1f} ms  {n / cpp:8.0f} frames/s")
     print(f"  Python rec.read, 1 thr   {py * 1000:8.1f} ms  {n / py:8.0f} frames/s  {py / cpp:5.2f}x the C++ time")
+    print(f"  ... into one array, out= {pyOut * 1000:8.1f} ms  {n / pyOut:8.0f} frames/s  {pyOut / cpp:5.2f}x the C++ time")
     print(f"  Python rec.read, {os.cpu_count()} thr   {pyAll * 1000:8.1f} ms  {n / pyAll:8.0f} frames/s")
     print(f"  numpy formula            {npy * 1000:8.1f} ms  {n / npy:8.0f} frames/s  {npy / py:5.1f}x slower than rec.read on 1 thread")
 

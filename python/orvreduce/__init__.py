@@ -142,7 +142,8 @@ class Recording:
 
     def read(self, frames: Frames = None, unit: str = "temperature", scale: Union[str, int] = "C",
              emissivity: Optional[float] = None, distance: Optional[float] = None,
-             status: bool = False, threads: int = 0) -> Union[np.ndarray, Tuple[np.ndarray, np.ndarray]]:
+             status: bool = False, threads: int = 0,
+             out: Optional[np.ndarray] = None) -> Union[np.ndarray, Tuple[np.ndarray, np.ndarray]]:
         """Frames in a unit, as float32 of shape (frames, height, width).
 
         frames: None (all), an index, a slice or a list of indices.
@@ -151,13 +152,17 @@ class Recording:
         status: also return the uint8 status planes (0 good, 1 outside the
         calibration's limits, 2 and 4 clamped low and high).
         threads: threads for runs of consecutive frames, 0 for every core;
-        the values do not depend on it."""
+        the values do not depend on it.
+        out: a C-contiguous float32 array of the result's shape to fill and
+        return instead of a new one (reading block after block into one
+        buffer saves allocating and first touching the memory each time)."""
         indices = self._indices(frames)
         if int(threads) < 0:
             raise ValueError(f"threads must be 0 (every core) or more, not {threads}")
         values, planes = self._rec.read(indices, self.resolve_unit(unit), self._scale(scale),
                                         -1.0 if emissivity is None else float(emissivity),
-                                        -1.0 if distance is None else float(distance), bool(status), int(threads))
+                                        -1.0 if distance is None else float(distance), bool(status), int(threads),
+                                        out)
         return (values, planes) if status else values
 
     def raw(self, index: int) -> np.ndarray:

@@ -117,7 +117,7 @@ public:
     // Frames (indices already checked non-negative by the package) to
     // values and, when asked, status planes.
     py::tuple Read(const std::vector<int64_t>& frames, const std::string& unitText, int scale,
-                   double emissivity, double distance, bool withStatus, unsigned threads)
+                   double emissivity, double distance, bool withStatus, unsigned threads, py::object into)
     {
         std::lock_guard<std::mutex> hold(m_lock);
         Check();
@@ -129,7 +129,21 @@ public:
         SetUnit(unitText, scale);
         SetParameters(emissivity, distance);
         const size_t n = frames.size(), h = r.height(), w = r.width(), pixels = r.pixels();
-        py::array_t<float> values({n, h, w});
+        // The caller's array when given (checked before anything is read),
+        // else a new one.
+        py::array_t<float> values;
+        if (!into.is_none()) {
+            if (!py::isinstance<py::array_t<float, py::array::c_style>>(into))
+                throw py::value_error("out must be a C-contiguous float32 numpy array");
+            values = into.cast<py::array_t<float, py::array::c_style>>();
+            if (values.ndim() != 3 || size_t(values.shape(0)) != n || size_t(values.shape(1)) != h ||
+                size_t(values.shape(2)) != w)
+                throw py::value_error("out must have the shape (" + std::to_string(n) + ", " + std::to_string(h) +
+                                      ", " + std::to_string(w) + ")");
+            if (!values.writeable()) throw py::value_error("out is read-only");
+        } else {
+            values = py::array_t<float>({n, h, w});
+        }
         py::array_t<uint8_t> status;
         std::vector<uint8_t> scratch;
         uint8_t* statusOut;
@@ -381,7 +395,7 @@ void BindRecording(py::module_& m)
         .def("num_frames", &CPyRecording::NumFrames)
         .def("info", &CPyRecording::Info)
         .def("read", &CPyRecording::Read, py::arg("frames"), py::arg("unit"), py::arg("scale"),
-             py::arg("emissivity"), py::arg("distance"), py::arg("status"), py::arg("threads"))
+             py::arg("emissivity"), py::arg("distance"), py::arg("status"), py::arg("threads"), py::arg("out"))
         .def("raw", &CPyRecording::Raw, py::arg("index"))
         .def("frame_info", &CPyRecording::FrameInfo, py::arg("index"))
         .def("verify", &CPyRecording::Verify)

@@ -108,6 +108,13 @@ def test_threads_read_in_parallel_with_the_same_result(tmp_path):
         values, status = rec.read(order, status=True, threads=2)
         np.testing.assert_array_equal(values, expected[order])
         np.testing.assert_array_equal(status, rec.read(order, status=True, threads=1)[1])
+        # Into the caller's array; a wrong one is refused before anything is read.
+        out = np.full((3, *expected.shape[1:]), np.nan, dtype=np.float32)
+        assert rec.read(slice(2, 5), out=out) is out
+        np.testing.assert_array_equal(out, expected[2:5])
+        for bad in (out[:2], out.astype(np.float64), np.asfortranarray(out), out[:, ::2]):
+            with pytest.raises(ValueError, match="out"):
+                rec.read(slice(2, 5), out=bad)
     results = {}
 
     def work(key, path):
