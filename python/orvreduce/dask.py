@@ -19,8 +19,10 @@ __all__ = ["read"]
 def _read_block(path: str, start: int, stop: int, unit: str, scale: Union[str, int],
                 emissivity: Optional[float], distance: Optional[float]) -> np.ndarray:
     import orvreduce
+    # One thread a chunk: the scheduler runs chunks side by side already.
     with orvreduce.open(path) as rec:
-        return rec.read(slice(start, stop), unit=unit, scale=scale, emissivity=emissivity, distance=distance)
+        return rec.read(slice(start, stop), unit=unit, scale=scale, emissivity=emissivity, distance=distance,
+                        threads=1)
 
 
 def read(paths: Union[str, Sequence[str]], unit: str = "temperature", scale: Union[str, int] = "C",
