@@ -20,12 +20,16 @@ constexpr unsigned kPixels = 640 * 512;
 struct SFrame {
     std::vector<uint16_t> counts = std::vector<uint16_t>(kPixels);
     std::vector<float> out = std::vector<float>(kPixels);
+    std::vector<unsigned char> preset = std::vector<unsigned char>(kPixels); // presets 0 and 1 in turn
     double radianceCoefs[3] = {-2.0, 1.5e-3, 2e-9};
     double tempCoefs[4] = {-60.0, 25.0, -0.8, 0.02};
     std::vector<double> table, temperatures;
     SFrame()
     {
-        for (unsigned i = 0; i < kPixels; ++i) counts[i] = uint16_t(8000 + (i * 2654435761u >> 20) % 40000);
+        for (unsigned i = 0; i < kPixels; ++i) {
+            counts[i] = uint16_t(8000 + (i * 2654435761u >> 20) % 40000);
+            preset[i] = uint8_t(i & 1);
+        }
         for (int k = 0; k < 64; ++k) {
             table.push_back(0.5 * k);
             temperatures.push_back(-40.0 + 3.0 * k);
@@ -38,8 +42,15 @@ struct SFrame {
 
 const SCommonParams kCommon{1.05, 0.95, tempCelsius, 12.0, 8.0};
 
-void Finish(benchmark::State& state)
+// Runs one frame's work per iteration; out is the frame it writes.
+template <class F>
+void Time(benchmark::State& state, std::vector<float>& out, F&& work)
 {
+    for (auto _ : state) {
+        work();
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    }
     state.SetBytesProcessed(int64_t(state.iterations()) * kPixels * sizeof(float));
     state.SetItemsProcessed(int64_t(state.iterations()) * kPixels);
 }
@@ -48,12 +59,9 @@ void BM_CountsToTemperatureCoeffs(benchmark::State& state)
 {
     SFrame f;
     const STemperatureParams t{nullptr, nullptr, 0, f.tempCoefs, 3};
-    for (auto _ : state) {
+    Time(state, f.out, [&] {
         CountsToTemperature(f.Src(), f.Dst(), kPixels, f.Radiance(), t, kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_CountsToTemperatureCoeffs);
 
@@ -61,12 +69,9 @@ void BM_CountsToTemperatureLookup(benchmark::State& state)
 {
     SFrame f;
     const STemperatureParams t{f.table.data(), f.temperatures.data(), int(f.table.size()), nullptr, 0};
-    for (auto _ : state) {
+    Time(state, f.out, [&] {
         CountsToTemperature(f.Src(), f.Dst(), kPixels, f.Radiance(), t, kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_CountsToTemperatureLookup);
 
@@ -74,12 +79,9 @@ void BM_CountsToTemperaturePlanck(benchmark::State& state)
 {
     SFrame f;
     const STemperatureParams t{};
-    for (auto _ : state) {
+    Time(state, f.out, [&] {
         CountsToTemperature(f.Src(), f.Dst(), kPixels, f.Radiance(), t, kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_CountsToTemperaturePlanck);
 
@@ -88,25 +90,19 @@ BENCHMARK(BM_CountsToTemperaturePlanck);
 void BM_ToRadianceThenCoeffsInPlace(benchmark::State& state)
 {
     SFrame f;
-    for (auto _ : state) {
+    Time(state, f.out, [&] {
         ToRadiance(f.Dst(), f.Src(), kPixels, f.radianceCoefs, 2, 0.0, 1.05);
         ToTemperatureCoeffs(f.Dst(), f.Dst(), kPixels, f.tempCoefs, 3, 0.95, tempCelsius);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_ToRadianceThenCoeffsInPlace);
 
 void BM_CountsToRadiance(benchmark::State& state)
 {
     SFrame f;
-    for (auto _ : state) {
+    Time(state, f.out, [&] {
         CountsToRadiance(f.Src(), f.Dst(), kPixels, f.Radiance(), kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_CountsToRadiance);
 
@@ -114,8 +110,6 @@ BENCHMARK(BM_CountsToRadiance);
 void BM_CountsToTemperatureCoeffsPS(benchmark::State& state)
 {
     SFrame f;
-    std::vector<unsigned char> preset(kPixels);
-    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
     SRadianceParams r[8];
     STemperatureParams t[8];
     for (int p = 0; p < 8; ++p) {
@@ -123,12 +117,9 @@ void BM_CountsToTemperatureCoeffsPS(benchmark::State& state)
         t[p] = STemperatureParams{nullptr, nullptr, 0, f.tempCoefs, 3};
     }
     const bool active[8] = {true, true};
-    for (auto _ : state) {
-        CountsToTemperature(f.Src(), f.Dst(), preset.data(), kPixels, active, r, t, kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    Time(state, f.out, [&] {
+        CountsToTemperature(f.Src(), f.Dst(), f.preset.data(), kPixels, active, r, t, kCommon);
+    });
 }
 BENCHMARK(BM_CountsToTemperatureCoeffsPS);
 
@@ -137,8 +128,6 @@ BENCHMARK(BM_CountsToTemperatureCoeffsPS);
 void BM_CountsToTemperatureCoeffsPSMixed(benchmark::State& state)
 {
     SFrame f;
-    std::vector<unsigned char> preset(kPixels);
-    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
     double radianceCoefs[3] = {-1.9, 1.4e-3, 3e-9}, tempCoefs[4] = {-61.0, 24.0, -0.7, 0.021};
     SRadianceParams r[8];
     STemperatureParams t[8];
@@ -147,12 +136,9 @@ void BM_CountsToTemperatureCoeffsPSMixed(benchmark::State& state)
         t[p] = STemperatureParams{nullptr, nullptr, 0, p == 1 ? tempCoefs : f.tempCoefs, 3};
     }
     const bool active[8] = {true, true};
-    for (auto _ : state) {
-        CountsToTemperature(f.Src(), f.Dst(), preset.data(), kPixels, active, r, t, kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    Time(state, f.out, [&] {
+        CountsToTemperature(f.Src(), f.Dst(), f.preset.data(), kPixels, active, r, t, kCommon);
+    });
 }
 BENCHMARK(BM_CountsToTemperatureCoeffsPSMixed);
 
@@ -160,8 +146,6 @@ BENCHMARK(BM_CountsToTemperatureCoeffsPSMixed);
 void BM_CountsToTemperatureLookupPS(benchmark::State& state)
 {
     SFrame f;
-    std::vector<unsigned char> preset(kPixels);
-    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
     SRadianceParams r[8];
     STemperatureParams t[8];
     for (int p = 0; p < 8; ++p) {
@@ -169,12 +153,9 @@ void BM_CountsToTemperatureLookupPS(benchmark::State& state)
         t[p] = STemperatureParams{f.table.data(), f.temperatures.data(), int(f.table.size()), nullptr, 0};
     }
     const bool active[8] = {true, true};
-    for (auto _ : state) {
-        CountsToTemperature(f.Src(), f.Dst(), preset.data(), kPixels, active, r, t, kCommon);
-        benchmark::DoNotOptimize(f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    Time(state, f.out, [&] {
+        CountsToTemperature(f.Src(), f.Dst(), f.preset.data(), kPixels, active, r, t, kCommon);
+    });
 }
 BENCHMARK(BM_CountsToTemperatureLookupPS);
 
@@ -182,14 +163,10 @@ BENCHMARK(BM_CountsToTemperatureLookupPS);
 struct SBackgroundFrame {
     SFrame f;
     std::vector<double> image = std::vector<double>(kPixels);
-    std::vector<unsigned char> preset = std::vector<unsigned char>(kPixels);
     SRadianceParams r[8];
     SBackgroundFrame()
     {
-        for (unsigned i = 0; i < kPixels; ++i) {
-            image[i] = double(i % 97);
-            preset[i] = uint8_t(i & 1);
-        }
+        for (unsigned i = 0; i < kPixels; ++i) image[i] = double(i % 97);
         for (SRadianceParams& p : r) p = SRadianceParams{f.radianceCoefs, -2, 0.0, image.data()};
     }
 };
@@ -197,12 +174,9 @@ struct SBackgroundFrame {
 void BM_CountsToRadianceBackground(benchmark::State& state)
 {
     SBackgroundFrame b;
-    for (auto _ : state) {
+    Time(state, b.f.out, [&] {
         CountsToRadiance(b.f.Src(), b.f.Dst(), kPixels, b.r[0], kCommon);
-        benchmark::DoNotOptimize(b.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_CountsToRadianceBackground);
 
@@ -210,12 +184,9 @@ void BM_CountsToRadianceBackgroundPS(benchmark::State& state)
 {
     SBackgroundFrame b;
     const bool active[8] = {true, true};
-    for (auto _ : state) {
-        CountsToRadiance(b.f.Src(), b.f.Dst(), b.preset.data(), kPixels, active, b.r, kCommon);
-        benchmark::DoNotOptimize(b.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    Time(state, b.f.out, [&] {
+        CountsToRadiance(b.f.Src(), b.f.Dst(), b.f.preset.data(), kPixels, active, b.r, kCommon);
+    });
 }
 BENCHMARK(BM_CountsToRadianceBackgroundPS);
 
@@ -234,13 +205,10 @@ struct SRadianceFrame {
 void BM_ToTemperatureLookupFrame(benchmark::State& state)
 {
     SRadianceFrame r;
-    for (auto _ : state) {
+    Time(state, r.f.out, [&] {
         ToTemperatureLookup(r.f.Dst(), STypedData(r.radiance.data(), dtFlt64), kPixels, r.f.table.data(),
                             r.f.temperatures.data(), 64, true, 0.95, tempCelsius);
-        benchmark::DoNotOptimize(r.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_ToTemperatureLookupFrame);
 
@@ -249,15 +217,12 @@ void BM_ToTemperatureLookupReferenceSearch(benchmark::State& state)
     SRadianceFrame r;
     const double* t = r.f.table.data();
     const double* temp = r.f.temperatures.data();
-    for (auto _ : state) {
+    Time(state, r.f.out, [&] {
         for (unsigned i = 0; i < kPixels; ++i) {
             bool inside;
             r.f.out[i] = float(priv::LookupCelsius(r.radiance[i] / 0.95, t, temp, 64, inside));
         }
-        benchmark::DoNotOptimize(r.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_ToTemperatureLookupReferenceSearch);
 
@@ -267,31 +232,23 @@ void BM_RadianceToTemperatureCoeffs(benchmark::State& state)
 {
     SRadianceFrame r;
     const STemperatureParams t{nullptr, nullptr, 0, r.f.tempCoefs, 3};
-    for (auto _ : state) {
+    Time(state, r.f.out, [&] {
         RadianceToTemperature(STypedData(r.radiance.data(), dtFlt64), r.f.Dst(), kPixels, t, kCommon);
-        benchmark::DoNotOptimize(r.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_RadianceToTemperatureCoeffs);
 
 void BM_RadianceToTemperatureCoeffsPS(benchmark::State& state)
 {
     SRadianceFrame r;
-    std::vector<unsigned char> preset(kPixels);
-    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
     double other[4] = {-61.0, 24.0, -0.7, 0.021};
     STemperatureParams t[8];
     for (int p = 0; p < 8; ++p) t[p] = STemperatureParams{nullptr, nullptr, 0, p == 1 ? other : r.f.tempCoefs, 3};
     const bool active[8] = {true, true};
-    for (auto _ : state) {
-        RadianceToTemperature(STypedData(r.radiance.data(), dtFlt64), r.f.Dst(), preset.data(), kPixels, active, t,
+    Time(state, r.f.out, [&] {
+        RadianceToTemperature(STypedData(r.radiance.data(), dtFlt64), r.f.Dst(), r.f.preset.data(), kPixels, active, t,
                               kCommon);
-        benchmark::DoNotOptimize(r.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_RadianceToTemperatureCoeffsPS);
 
@@ -299,18 +256,13 @@ BENCHMARK(BM_RadianceToTemperatureCoeffsPS);
 void BM_ToTemperatureLookupFramePS(benchmark::State& state)
 {
     SRadianceFrame r;
-    std::vector<unsigned char> preset(kPixels);
-    for (unsigned i = 0; i < kPixels; ++i) preset[i] = uint8_t(i & 1);
     double* tables[8] = {r.f.table.data(), r.f.table.data()};
     double* temps[8] = {r.f.temperatures.data(), r.f.temperatures.data()};
     int sizes[8] = {64, 64};
-    for (auto _ : state) {
-        ToTemperatureLookup(r.f.Dst(), STypedData(r.radiance.data(), dtFlt64), preset.data(), kPixels, tables, temps,
-                            sizes, true, 0.95, tempCelsius);
-        benchmark::DoNotOptimize(r.f.out.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    Time(state, r.f.out, [&] {
+        ToTemperatureLookup(r.f.Dst(), STypedData(r.radiance.data(), dtFlt64), r.f.preset.data(), kPixels, tables,
+                            temps, sizes, true, 0.95, tempCelsius);
+    });
 }
 BENCHMARK(BM_ToTemperatureLookupFramePS);
 
@@ -318,12 +270,9 @@ void BM_MemcpyFloatFrame(benchmark::State& state)
 {
     std::vector<float> src(kPixels, 1.0f);
     std::vector<float> dst(kPixels);
-    for (auto _ : state) {
+    Time(state, dst, [&] {
         std::memcpy(dst.data(), src.data(), kPixels * sizeof(float));
-        benchmark::DoNotOptimize(dst.data());
-        benchmark::ClobberMemory();
-    }
-    Finish(state);
+    });
 }
 BENCHMARK(BM_MemcpyFloatFrame);
 
