@@ -81,17 +81,19 @@ void ApplyLUTFull(benchmark::State& state)
     for (unsigned k = 0; k < lut.size(); ++k) lut[k] = 250.0f + float(k) * 0.01f;
     // Flagged below and above the calibrated range, as converters build them.
     for (unsigned k = 0; k < lut.size(); ++k) lutStatus[k] = k < 1000 || k > 60000 ? 0x08 : 0;
-    if (kPath == 2 && !priv::ApplyLUTFullU16Wide(src.data(), dst.data(), status.data(), kPixels, lut.data(),
-                                                 lutStatus.data()))
+    if (kPath == 2 && !priv::ApplyLUTU16Wide(src.data(), dst.data(), status.data(), kPixels, lut.data(),
+                                             lutStatus.data(), 0, 65535))
         state.SkipWithError("no AVX2 on this processor");
     for (auto _ : state) {
         if (kPath == 0)
             ApplyLUT(STypedData(src.data(), dtUInt16), STypedData(dst.data(), dtFlt32), status.data(), kPixels,
                      lut.data(), lutStatus.data(), 0, 65535);
         else if (kPath == 1)
-            priv::ApplyLUTFullU16Plain(src.data(), dst.data(), status.data(), kPixels, lut.data(), lutStatus.data());
+            priv::ApplyLUTU16Plain(src.data(), dst.data(), status.data(), kPixels, lut.data(), lutStatus.data(), 0,
+                                   65535);
         else
-            priv::ApplyLUTFullU16Wide(src.data(), dst.data(), status.data(), kPixels, lut.data(), lutStatus.data());
+            priv::ApplyLUTU16Wide(src.data(), dst.data(), status.data(), kPixels, lut.data(), lutStatus.data(), 0,
+                                  65535);
         benchmark::DoNotOptimize(dst.data());
         benchmark::ClobberMemory();
     }

@@ -1,7 +1,9 @@
 #pragma once
 // The ApplyLUT and GetStatsLUT kernels: one index rule, one body each,
 // handed to the region walkers.
+#include <bit>
 #include <cmath>
+#include <cstring>
 #include <cstdint>
 #include <limits>
 #include <type_traits>
@@ -84,18 +86,18 @@ struct SZeroRun {
 SZeroRun LongestZeroRun(const unsigned char* lutStatus, unsigned int entries);
 constexpr unsigned int kZeroRunPixels = 4096;
 
-// The whole-range unsigned 16-bit to float loop, the one every counts frame
-// takes: the plain loop and the AVX2 gather loop (false where the processor
-// has none). Both copy table bits, so their results are identical.
-void ApplyLUTFullU16Plain(const uint16_t* src, float* dst, unsigned char* status, unsigned int count,
-                          const float* lut, const unsigned char* lutStatus);
-bool ApplyLUTFullU16Wide(const uint16_t* src, float* dst, unsigned char* status, unsigned int count,
-                         const float* lut, const unsigned char* lutStatus);
-inline void ApplyLUTFullU16(const uint16_t* src, float* dst, unsigned char* status, unsigned int count,
-                            const float* lut, const unsigned char* lutStatus)
+// The unsigned 16-bit to float loop, the one every counts frame takes: the
+// plain loop and the AVX2 loop (false where the processor has none). Both
+// copy table bits, so their results are identical.
+void ApplyLUTU16Plain(const uint16_t* src, float* dst, unsigned char* status, unsigned int count, const float* lut,
+                      const unsigned char* lutStatus, unsigned short low, unsigned short high);
+bool ApplyLUTU16Wide(const uint16_t* src, float* dst, unsigned char* status, unsigned int count, const float* lut,
+                     const unsigned char* lutStatus, unsigned short low, unsigned short high);
+inline void ApplyLUTU16(const uint16_t* src, float* dst, unsigned char* status, unsigned int count, const float* lut,
+                        const unsigned char* lutStatus, unsigned short low, unsigned short high)
 {
-    if (!ApplyLUTFullU16Wide(src, dst, status, count, lut, lutStatus))
-        ApplyLUTFullU16Plain(src, dst, status, count, lut, lutStatus);
+    if (!ApplyLUTU16Wide(src, dst, status, count, lut, lutStatus, low, high))
+        ApplyLUTU16Plain(src, dst, status, count, lut, lutStatus, low, high);
 }
 
 template <class S, class D, class Tables, bool kStatus, bool kFull = false>
@@ -116,13 +118,27 @@ struct TApplyLUTBody {
 
 // The dense single-table form, with the pointers in restrict locals: a
 // status store through a byte pointer would otherwise make the compiler
-// reload every pointer and bound at each pixel.
+// reload every pointer and bound at each pixel. The status bytes of eight
+// pixels go out as one word: stored byte by byte they halve the loop's speed.
 template <class S, class D, bool kStatus, bool kFull>
 void ApplyLUTDense(const S* __restrict src, D* __restrict dst, unsigned char* __restrict status, unsigned int count,
                    const float* __restrict lut, const unsigned char* __restrict lutStatus, unsigned short low,
                    unsigned short high)
 {
-    for (unsigned int i = 0; i < count; ++i) {
+    unsigned int i = 0;
+    if constexpr (kStatus) {
+        for (; i + 8 <= count; i += 8) {
+            uint64_t word = 0;
+            for (unsigned int k = 0; k < 8; ++k) {
+                const unsigned idx = LUTIndexOf<kFull>(src[i + k], low, high);
+                dst[i + k] = ConvertValue<D>(lut[idx]);
+                const unsigned shift = std::endian::native == std::endian::little ? 8 * k : 56 - 8 * k;
+                word |= uint64_t(lutStatus[idx]) << shift;
+            }
+            std::memcpy(status + i, &word, 8);
+        }
+    }
+    for (; i < count; ++i) {
         const unsigned idx = LUTIndexOf<kFull>(src[i], low, high);
         dst[i] = ConvertValue<D>(lut[idx]);
         if constexpr (kStatus) status[i] = lutStatus[idx];
@@ -137,9 +153,8 @@ void ApplyLUTWalk(const void* source, void* destination, unsigned char* status, 
     D* dst = static_cast<D*>(destination);
     const bool full = CoversType<S>(low, high);
     if constexpr (std::is_same_v<W, SWalkCount> && std::is_same_v<Tables, SLUTOne>) {
-        if constexpr (std::is_same_v<S, uint16_t> && std::is_same_v<D, float>) {
-            if (full) return ApplyLUTFullU16(src, dst, status, walk.count, tables.lut, tables.status);
-        }
+        if constexpr (std::is_same_v<S, uint16_t> && std::is_same_v<D, float>)
+            return ApplyLUTU16(src, dst, status, walk.count, tables.lut, tables.status, low, high);
         const unsigned n = walk.count;
         if constexpr (kNarrowUnsigned<S>) {
             if (full) {

@@ -262,10 +262,10 @@ TEST(ApplyLUT, BadTypesTouchNothing)
             }
 }
 
-// A table over the whole unsigned 16-bit range skips the limits and, for
-// float output, may take the AVX2 gather loop: every path copies the same
-// bits as the limited loop of a wider source type over the same values.
-TEST(ApplyLUT, WholeRangePathsCopyTheSameBits)
+// Unsigned 16-bit to float may take the AVX2 loop, with or without limits:
+// every path copies the same bits as the limited loop of a wider source type
+// over the same values, and reads no entry past the upper limit.
+TEST(ApplyLUT, U16PathsCopyTheSameBits)
 {
     std::mt19937 rng(14);
     const unsigned kEntries = 65536, n = 1000 + 13; // a tail after the last 16
@@ -285,40 +285,46 @@ TEST(ApplyLUT, WholeRangePathsCopyTheSameBits)
         apply(out.first.data(), withStatus ? out.second.data() : nullptr);
         return out;
     };
-    for (int withStatus = 0; withStatus < 2; ++withStatus) {
-        const auto want = run([&](float* d, unsigned char* st) {
-            ApplyLUT(STypedData(src32.data(), dtUInt32), STypedData(d, dtFlt32), st, n, lut.data(), ls.data(), 0, 65535);
-        }, withStatus);
-        const auto dispatched = run([&](float* d, unsigned char* st) {
-            ApplyLUT(STypedData(src.data(), dtUInt16), STypedData(d, dtFlt32), st, n, lut.data(), ls.data(), 0, 65535);
-        }, withStatus);
-        const auto plain = run([&](float* d, unsigned char* st) {
-            priv::ApplyLUTFullU16Plain(src.data(), d, st, n, lut.data(), ls.data());
-        }, withStatus);
-        bool hasWide = false;
-        const auto wideRun = run([&](float* d, unsigned char* st) {
-            hasWide = priv::ApplyLUTFullU16Wide(src.data(), d, st, n, lut.data(), ls.data());
-        }, withStatus);
-        EXPECT_EQ(want.second[n - 1], withStatus ? ls[src[n - 1]] : 0xCC);
-        for (const auto* got : {&dispatched, &plain, &wideRun}) {
-            if (got == &wideRun && !hasWide) continue; // no AVX2 here: the plain loop serves
-            EXPECT_EQ(std::memcmp(got->first.data(), want.first.data(), (n + 1) * 4), 0);
-            EXPECT_EQ(got->second, want.second);
+    for (const auto& [low, high] : {std::pair<unsigned short, unsigned short>{0, 65535}, {900, 40000}, {7, 7}})
+        for (int withStatus = 0; withStatus < 2; ++withStatus) {
+            // Exactly as long as the limits need.
+            std::vector<float> values(lut.begin(), lut.begin() + high + 1);
+            std::vector<unsigned char> flags(ls.begin(), ls.begin() + high + 1);
+            const auto want = run([&](float* d, unsigned char* st) {
+                ApplyLUT(STypedData(src32.data(), dtUInt32), STypedData(d, dtFlt32), st, n, values.data(),
+                         flags.data(), low, high);
+            }, withStatus);
+            const auto dispatched = run([&](float* d, unsigned char* st) {
+                ApplyLUT(STypedData(src.data(), dtUInt16), STypedData(d, dtFlt32), st, n, values.data(), flags.data(),
+                         low, high);
+            }, withStatus);
+            const auto plain = run([&](float* d, unsigned char* st) {
+                priv::ApplyLUTU16Plain(src.data(), d, st, n, values.data(), flags.data(), low, high);
+            }, withStatus);
+            bool hasWide = false;
+            const auto wideRun = run([&](float* d, unsigned char* st) {
+                hasWide = priv::ApplyLUTU16Wide(src.data(), d, st, n, values.data(), flags.data(), low, high);
+            }, withStatus);
+            EXPECT_EQ(want.second[n - 1], withStatus ? flags[std::clamp(src[n - 1], low, high)] : 0xCC);
+            for (const auto* got : {&dispatched, &plain, &wideRun}) {
+                if (got == &wideRun && !hasWide) continue; // no AVX2 here: the plain loop serves
+                EXPECT_EQ(std::memcmp(got->first.data(), want.first.data(), (n + 1) * 4), 0) << low << " " << high;
+                EXPECT_EQ(got->second, want.second) << low << " " << high;
+            }
         }
-    }
     // A status table flagged at both ends and here and there between, as
     // converters build them: blocks inside the zero run take the stored-zeros
-    // path, the others the gathered status, with the same bytes.
+    // path, the others their looked-up status, with the same bytes.
     for (unsigned k = 0; k < kEntries; ++k) ls[k] = k < 900 || k > 60000 || k % 4099 == 0 ? 0x08 : 0;
     std::vector<uint16_t> scene(65536 + 5);
     for (unsigned i = 0; i < scene.size(); ++i) scene[i] = uint16_t(i % 7 == 0 ? rng() : 20000 + i % 3000);
-    {
+    for (const auto& [low, high] : {std::pair<unsigned short, unsigned short>{0, 65535}, {1000, 50000}}) {
         std::vector<float> wantValues(scene.size()), gotValues(scene.size());
         std::vector<unsigned char> wantFlags(scene.size()), gotFlags(scene.size());
-        priv::ApplyLUTFullU16Plain(scene.data(), wantValues.data(), wantFlags.data(), unsigned(scene.size()),
-                                   lut.data(), ls.data());
+        priv::ApplyLUTU16Plain(scene.data(), wantValues.data(), wantFlags.data(), unsigned(scene.size()), lut.data(),
+                               ls.data(), low, high);
         ApplyLUT(STypedData(scene.data(), dtUInt16), STypedData(gotValues.data(), dtFlt32), gotFlags.data(),
-                 unsigned(scene.size()), lut.data(), ls.data(), 0, 65535);
+                 unsigned(scene.size()), lut.data(), ls.data(), low, high);
         EXPECT_EQ(std::memcmp(gotValues.data(), wantValues.data(), scene.size() * 4), 0);
         EXPECT_EQ(gotFlags, wantFlags);
     }
