@@ -20,6 +20,7 @@
 #include "reduce/convert/RadiometryTables.h"
 #include "reduce/convert/TemperatureKernels.h"
 #include "reduce/convert/TemperatureScale.h"
+#include "reduce/kernels/Vector.h"
 
 namespace orv::reduce::priv {
 
@@ -331,9 +332,10 @@ inline bool ReadsPrecedeWrites(const S* src, const D* dst, size_t n)
 // holds two rows) find its interval; values exactly on a row, rare in
 // measured data, take the reference search's interval, so results are the
 // same to the bit. Run converts whole runs in chunks so that the two
-// divisions of each value sit in loops the compiler vectorises: per value,
-// they cost more than the search. Other tables, and calls too small to pay
-// for the grid, search as the reference.
+// divisions of each value sit in loops the compiler vectorises (four wide
+// where the processor has AVX2): per value, they cost more than the search.
+// Other tables, and calls too small to pay for the grid, search as the
+// reference.
 class CLookupRows {
 public:
     CLookupRows() = default;
@@ -394,7 +396,7 @@ public:
     // values outside the rows, NaN and values on a row are noted on the way
     // and written last.
     template <ETempType To, class S, class D>
-    unsigned int Run(const S* src, D* dst, unsigned int n, double em, bool allowClamp) const
+    ORV_VECTOR_CLONES unsigned int Run(const S* src, D* dst, unsigned int n, double em, bool allowClamp) const
     {
         constexpr unsigned int kChunk = 256;
         constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
