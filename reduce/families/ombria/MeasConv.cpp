@@ -12,15 +12,6 @@ namespace orv::reduce {
 
 namespace {
 
-// Coefficients of the saturation model of water vapour over t in Celsius,
-// valid from -30 to 90; outside, its values at the ends.
-constexpr double kH2O[4] = {1.5587, 0.06939, -0.00027816, 6.8455e-7};
-constexpr double kH2OBelow = -0.7918268499999997;
-constexpr double kH2OAbove = 6.049740949999999;
-constexpr double kMaxVapour = 6.2365;
-constexpr double kTaoFloor = 0.4;
-// exp of more than this overflows a double.
-constexpr double kExpLimit = 709.78;
 // A radiance fit over more whole degrees than this is no camera's: the
 // fit evaluates a band integral per degree.
 constexpr int kMaxFitSpan = 20000;
@@ -186,124 +177,39 @@ unsigned short CMeasConv::powToImg(double pow) const
 
 double CMeasConv::doCalcAtmTao() const
 {
-    const double t = double(float(objPar.atmosphereTemp - 273.15));
-    const double s = std::sqrt(double(objPar.distance));
-    double p;
-    if (t < -30.0) p = kH2OBelow;
-    else if (t > 90.0) p = kH2OAbove;
-    else p = kH2O[0] + kH2O[1] * t + kH2O[2] * t * t + kH2O[3] * t * t * t;
-    const double h = std::exp(p) * objPar.relativeHumidity;
-    const double w = std::min(std::sqrt(h), kMaxVapour);
-    const double a = calibPar.beta1 * w + calibPar.alpha1;
-    const double b = calibPar.beta2 * w + calibPar.alpha2;
-    const double X = calibPar.X;
-    const double e1 = std::exp(-s * a);
-    const double e2 = std::exp(-s * b);
-    const double tao = X * e1 + (1 - X) * e2;
-    if (tao < kTaoFloor) return kTaoFloor;
-    if (tao > 1.0) {
-        // Above 1 the model has run away: at a kilometre it tells which way.
-        return X * std::exp(-1000 * a) + (1 - X) * std::exp(-1000 * b) > 1.0 ? kTaoFloor : 1.0;
-    }
-    const double g = a * X * e1 + (1 - X) * b * e2;
-    if (g < 0 && objPar.distance > 0) return kTaoFloor;
-    return tao;
+    return CalcAtmTao(PathValues(objPar), CalibValues(calibPar));
 }
 
 double CMeasConv::doCalcK1() const
 {
-    const double v = double(objPar.emissivity) * atmTao * objPar.extOpticsTransmission;
-    return v > 0 ? 1.0 / v : v;
+    return CalcK1(PathValues(objPar));
 }
 
 double CMeasConv::doCalcK2(double ambient, double atmosphere, double optics) const
 {
-    const double e = objPar.emissivity, a = atmTao, o = objPar.extOpticsTransmission;
-    if (e <= 0) return 0.0;
-    double r = (1 - e) / e * ambient;
-    if (a <= 0) return r;
-    r += (1 - a) / (e * a) * atmosphere;
-    if (o <= 0 || o >= 1) return r;
-    r += (1 - o) / (e * a * o) * optics;
-    return r;
+    return CalcK2(PathValues(objPar), ambient, atmosphere, optics);
 }
 
 void CMeasConv::doUpdateCalcConst()
 {
-    atmTao = objPar.estAtmosphericTransmission > 0 ? double(objPar.estAtmosphericTransmission) : doCalcAtmTao();
-    K1 = doCalcK1();
-    if (measAmbObjSig > 0)
-        K2 = doCalcK2(measAmbObjSig, measAmbObjSig, measAmbObjSig);
-    else
-        K2 = doCalcK2(tempToObjSig(objPar.reflectedTemp), tempToObjSig(objPar.atmosphereTemp),
-                      tempToObjSig(objPar.extOpticsTemp));
-    if (calibParSet && clipOn) {
-        powClampHigh = (tempToObjSig(calibPar.clampHighTemp) + K2) / K1 + 1.01;
-        powValidHigh = (tempToObjSig(calibPar.validHighTemp) + K2) / K1 + 1.01;
-        powValidLow = (tempToObjSig(calibPar.validLowTemp) + K2) / K1 - 0.01;
-        powClampLow = (tempToObjSig(calibPar.clampLowTemp) + K2) / K1 - 0.01;
-    } else {
-        powClampHigh = powValidHigh = kPowHigh;
-        powValidLow = powClampLow = kPowLow;
-    }
+    UpdateCalcConst(PathValues(objPar), CalibValues(calibPar), calibParSet);
 }
 
 void CMeasConv::doUpdateUflwOflw()
 {
-    double lim = kPowHigh, flo = kPowLow;
-    if (clipOn) {
-        lim = std::min(powClampHigh, objSigToPow(tempToObjSig(1e9)));
-        flo = std::clamp(std::max(powClampLow, objSigToPow(0.0)), kPowLow, kPowHigh);
-    }
-    limitClampHigh = std::min(std::clamp(lim, kPowLow, kPowHigh), imgToPow(adjPar.imgHigh));
-    limitClampLow = std::max(flo, imgToPow(adjPar.imgLow));
-    limitValidHigh = std::min(powValidHigh, limitClampHigh);
-    limitValidLow = std::max(powValidLow, limitClampLow);
-}
-
-double CMeasConv::clipPow(double p, unsigned char* status) const
-{
-    unsigned char s = 0;
-    if (clipOn && (p <= limitValidLow || p >= limitValidHigh)) {
-        if (p > limitClampHigh) {
-            p = limitClampHigh;
-            s = 4;
-        } else {
-            s = 1;
-            if (p < limitClampLow) {
-                p = limitClampLow;
-                s = 2;
-            }
-        }
-    }
-    if (status) *status = s;
-    return p;
-}
-
-double CMeasConv::objSigToPow(double s) const
-{
-    return K1 > 0 ? (s + K2) / K1 : kPowHigh;
+    UpdateUflwOflw(CalibValues(calibPar), imgToPow(adjPar.imgHigh), imgToPow(adjPar.imgLow));
 }
 
 // ---- curve -------------------------------------------------------------------
 
-double CMeasConv::CurveFloor() const
-{
-    return calibPar.F <= 1.0f ? 1.0002 : double(calibPar.F) * 1.0002;
-}
-
 double CMeasConv::objSigToTemp(double s) const
 {
-    if (!(s > 0)) return 0.0;
-    return calibPar.B / std::log(std::max(CurveFloor(), calibPar.R / s + calibPar.F));
+    return CurveTemp(calibPar.R, calibPar.B, calibPar.F, s);
 }
 
 double CMeasConv::tempToObjSig(double T) const
 {
-    if (!(T > 0)) return 0.0;
-    const double x = calibPar.B / T;
-    if (!(x < kExpLimit)) return 0.0;
-    return calibPar.R / (std::max(CurveFloor(), std::exp(x)) - calibPar.F);
+    return CurveSig(calibPar.R, calibPar.B, calibPar.F, T);
 }
 
 bool CMeasConv::InitRad(double R, double B, double F)

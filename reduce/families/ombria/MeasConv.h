@@ -4,9 +4,12 @@
 // radiance (a quadratic of the object signal fitted to Planck's law over
 // 8 to 12 micrometres). Where a division or logarithm would break down the
 // formulas give fixed constants (100000.0, 0.0, 1), so no conversion fails.
+// The path, the curve and the limits are those of CMeasChain, read from this
+// family's records.
 #include <cstdint>
 
 #include "orv/Types.h"
+#include "reduce/families/MeasChain.h"
 #include "reduce/objects/OmbriaFactoryCalReduceObject.h"
 
 namespace orv::reduce {
@@ -26,11 +29,8 @@ struct SObjectParams {
 };
 static_assert(sizeof(SObjectParams) == 48, "SObjectParams is 48 bytes");
 
-class CMeasConv {
+class CMeasConv : public CMeasChain {
 public:
-    static constexpr double kPowHigh = 100000.0;
-    static constexpr double kPowLow = 1e-6;
-
     CMeasConv(const SAdjustParams* adjust, const SObjectParams* object, const SCalibParams* calib);
 
     // A fresh start: constants cleared, the records that are given copied in
@@ -44,28 +44,21 @@ public:
     void setClipOn(bool on);
     void setDefObjPar();
     bool getObjPar(SObjectParams* out) const;
-    double getUsedAtmTao() const { return atmTao; }
     double getCalculatedAtmTao() const { return doCalcAtmTao(); }
     // A measured ambient object signal above 0 replaces the three path
     // temperatures in K2; returns the previous one.
     double setMeasAmbObjSig(double s);
-    double getMeasAmbObjSig() const { return measAmbObjSig; }
-    bool isClipOn() const { return clipOn; }
 
     double imgToPow(long img) const;
     unsigned short powToImg(double pow, double offset, double gain) const;
     unsigned short powToImg(double pow) const;
-    double powToObjSig(double pow) const { return pow * K1 - K2; }
-    double objSigToPow(double s) const;
     double objSigToTemp(double s) const;
     double tempToObjSig(double T) const;
     unsigned short objSigToImg(double s) const { return powToImg(objSigToPow(s)); }
     unsigned short tempToImg(double T) const { return powToImg(objSigToPow(tempToObjSig(T))); }
-    double objSigToRad(double s) const { return radFromSig[0] + radFromSig[1] * s + radFromSig[2] * s * s; }
     double radToObjSig(double r) const;
     unsigned short radToImg(double r) const { return powToImg(objSigToPow(radToObjSig(r))); }
     double tempToRad(float t) const;
-    double clipPow(double p, unsigned char* status) const;
 
     double imgToObjectSignal(long img, unsigned char* status) const { return powToObjSig(clipPow(imgToPow(img), status)); }
     double imgToTemp(long img, unsigned char* status) const { return objSigToTemp(imgToObjectSignal(img, status)); }
@@ -93,27 +86,16 @@ public:
     void doUpdateCalcConst();
     void doUpdateUflwOflw();
 
-    bool radInitialised = false;
-    double radR = 0, radB = 0, radF = 0;
-    double radFromSig[3] = {};
-    double sigFromRad[3] = {};
-    double atmTao = 0, K1 = 0, K2 = 0;
     SAdjustParams adjPar;
     bool objParSet = false;
     SObjectParams objPar;
     bool calibParSet = false;
     SCalibParams calibPar;
-    bool clipOn = true;
-    double powClampHigh = kPowHigh, powValidHigh = kPowHigh, powValidLow = kPowLow, powClampLow = kPowLow;
-    double limitClampHigh = kPowHigh, limitClampLow = kPowLow, limitValidHigh = kPowHigh, limitValidLow = kPowLow;
-    double measAmbObjSig = -1.0;
 
 private:
     // After a change of a record: constants and limits again, when the
     // object parameters are in.
     void UpdateConstants();
-    // The bound of m in the curve's logarithm and denominator.
-    double CurveFloor() const;
 };
 
 } // namespace orv::reduce

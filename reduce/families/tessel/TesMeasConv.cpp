@@ -11,16 +11,9 @@ namespace orv::reduce {
 
 namespace {
 
-constexpr double kPowHigh = 100000.0;
-constexpr double kPowLow = 1e-6;
 // The radiance fit walks each whole degree of the calibrated span; a span
 // wider than any camera's is refused rather than walked.
 constexpr double kWidestSpan = 5000.0;
-
-double Guard(double F)
-{
-    return F <= 1.0 ? 1.0002 : F * 1.0002;
-}
 
 } // namespace
 
@@ -185,111 +178,38 @@ unsigned short CTesMeasConv::powToImg(double p) const
 
 double CTesMeasConv::doCalcAtmTao() const
 {
-    const double t = float(objPar.atmosphereTemp - 273.15);
-    const double s = std::sqrt(double(objPar.distance));
-    double p;
-    if (t < -30.0)
-        p = -0.7918268499999997;
-    else if (t > 90.0)
-        p = 6.049740949999999;
-    else
-        p = 1.5587 + 0.06939 * t - 0.00027816 * t * t + 6.8455e-7 * t * t * t;
-    const double h = std::exp(p) * objPar.relativeHumidity;
-    const double w = std::min(std::sqrt(h), 6.2365);
-    const double a = calPar.beta1 * w + calPar.alpha1;
-    const double b = calPar.beta2 * w + calPar.alpha2;
-    const double X = calPar.X;
-    const double e1 = std::exp(-s * a);
-    const double e2 = std::exp(-s * b);
-    const double tao = X * e1 + (1.0 - X) * e2;
-    if (tao < 0.4) return 0.4;
-    if (tao > 1.0) return X * std::exp(-1000.0 * a) + (1.0 - X) * std::exp(-1000.0 * b) > 1.0 ? 0.4 : 1.0;
-    const double g = a * X * e1 + (1.0 - X) * b * e2;
-    return g < 0.0 && objPar.distance > 0.0 ? 0.4 : tao;
+    return CalcAtmTao(PathValues(objPar), CalibValues(calPar));
 }
 
 double CTesMeasConv::doCalcK1() const
 {
-    const double v = double(objPar.emissivity) * atmTao * objPar.extOpticsTransmission;
-    return v > 0.0 ? 1.0 / v : v;
+    return CalcK1(PathValues(objPar));
 }
 
 double CTesMeasConv::doCalcK2(double ambient, double atmosphere, double optics) const
 {
-    const double e = objPar.emissivity, a = atmTao, o = objPar.extOpticsTransmission;
-    if (e <= 0.0) return 0.0;
-    double r = (1.0 - e) / e * ambient;
-    if (a <= 0.0) return r;
-    r += (1.0 - a) / (e * a) * atmosphere;
-    if (o <= 0.0 || o >= 1.0) return r;
-    return r + (1.0 - o) / (e * a * o) * optics;
+    return CalcK2(PathValues(objPar), ambient, atmosphere, optics);
 }
 
 void CTesMeasConv::doUpdateCalcConst()
 {
-    atmTao = objPar.estAtmosphericTransmission > 0.0f ? double(objPar.estAtmosphericTransmission) : doCalcAtmTao();
-    K1 = doCalcK1();
-    if (measAmbObjSig > 0.0)
-        K2 = doCalcK2(measAmbObjSig, measAmbObjSig, measAmbObjSig);
-    else
-        K2 = doCalcK2(tempToObjSig(objPar.reflectedTemp), tempToObjSig(objPar.atmosphereTemp),
-                      tempToObjSig(objPar.extOpticsTemp));
-    if (calibParSet && clipOn) {
-        powClampHigh = (tempToObjSig(calPar.clampHighTemp) + K2) / K1 + 1.01;
-        powValidHigh = (tempToObjSig(calPar.validHighTemp) + K2) / K1 + 1.01;
-        powValidLow = (tempToObjSig(calPar.validLowTemp) + K2) / K1 - 0.01;
-        powClampLow = (tempToObjSig(calPar.clampLowTemp) + K2) / K1 - 0.01;
-    } else {
-        powClampHigh = powValidHigh = kPowHigh;
-        powValidLow = powClampLow = kPowLow;
-    }
+    UpdateCalcConst(PathValues(objPar), CalibValues(calPar), calibParSet);
 }
 
 void CTesMeasConv::doUpdateUflwOflw()
 {
-    double lim = kPowHigh, flo = kPowLow;
-    if (clipOn) {
-        lim = std::min(powClampHigh, objSigToPow(tempToObjSig(1e9)));
-        flo = std::clamp(std::max(powClampLow, objSigToPow(0.0)), kPowLow, kPowHigh);
-    }
     // The camera's 14-bit range bounds what an image value can mean.
-    limitClampHigh = std::min(std::clamp(lim, kPowLow, kPowHigh), imgToPow(kMaxImage));
-    limitClampLow = std::max(flo, imgToPow(1));
-    limitValidHigh = std::min(powValidHigh, limitClampHigh);
-    limitValidLow = std::max(powValidLow, limitClampLow);
-}
-
-double CTesMeasConv::clipPow(double p, unsigned char* status) const
-{
-    unsigned char s = 0;
-    if (clipOn && (p <= limitValidLow || p >= limitValidHigh)) {
-        if (p > limitClampHigh) {
-            p = limitClampHigh;
-            s = 4;
-        } else {
-            s = 1;
-            if (p < limitClampLow) {
-                p = limitClampLow;
-                s = 2;
-            }
-        }
-    }
-    if (status) *status = s;
-    return p;
+    UpdateUflwOflw(CalibValues(calPar), imgToPow(kMaxImage), imgToPow(1));
 }
 
 double CTesMeasConv::objSigToTemp(double s) const
 {
-    if (!(s > 0.0)) return 0.0;
-    return calPar.B / std::log(std::max(Guard(calPar.F), calPar.R / s + calPar.F));
+    return CurveTemp(calPar.R, calPar.B, calPar.F, s);
 }
 
 double CTesMeasConv::tempToObjSig(double T) const
 {
-    if (!(T > 0.0)) return 0.0;
-    const double x = calPar.B / T;
-    if (!(x < 709.78)) return 0.0;
-    return calPar.R / (std::max(Guard(calPar.F), std::exp(x)) - calPar.F);
+    return CurveSig(calPar.R, calPar.B, calPar.F, T);
 }
 
 bool CTesMeasConv::InitRad(double R, double B, double F)
@@ -352,7 +272,7 @@ double CTesMeasConv::radToObjSig(double r) const
 void CTesMeasConv::updateLUT()
 {
     std::memset(lutStatus, 0, kLUTSize);
-    const double m = Guard(calPar.F);
+    const double m = CurveFloor(calPar.F);
     for (unsigned int i = 0; i < kLUTSize; ++i) {
         const unsigned short img = lutImage[i];
         double p;

@@ -1,7 +1,7 @@
 #pragma once
 // CTesMeasConv: the measurement chain of the Tessel family, image value ->
-// power -> object signal -> temperature or radiance, with the formulas of the
-// Ombria chain for the path and the curve. What is its own: 14-bit image
+// power -> object signal -> temperature or radiance, with the path, the curve
+// and the limits of the Ombria chain (CMeasChain). What is its own: 14-bit image
 // values, a drift correction that follows the camera's temperature sensors
 // frame by frame, and four tables (temperature, radiance, object signal,
 // status) computed together over the 14-bit range. Records and the drift
@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "orv/Types.h"
+#include "reduce/families/MeasChain.h"
 
 namespace orv::reduce {
 
@@ -64,7 +65,7 @@ struct _imageinfo_t {
     float sensor11() const { return sensor[11]; }
 };
 
-class CTesMeasConv {
+class CTesMeasConv : public CMeasChain {
 public:
     static constexpr unsigned int kLUTSize = 16384;
     static constexpr unsigned short kMaxImage = 16383;
@@ -84,11 +85,8 @@ public:
     void setClipOn(bool on);
     void setDefObjPar();
     bool getObjPar(_object_par_t* out) const;
-    double getUsedAtmTao() const { return atmTao; }
     double getCalculatedAtmTao() const { return doCalcAtmTao(); }
     double setMeasAmbObjSig(double sig);
-    double getMeasAmbObjSig() const { return measAmbObjSig; }
-    bool isClipOn() const { return clipOn; }
     // 1: the drift correction applies.
     void setDriftMode(int mode);
 
@@ -98,13 +96,9 @@ public:
 
     double imgToPow(long img) const;
     unsigned short powToImg(double p) const;
-    double powToObjSig(double p) const { return p * K1 - K2; }
-    double objSigToPow(double s) const { return K1 > 0 ? (s + K2) / K1 : 100000.0; }
     double objSigToTemp(double s) const;
     double tempToObjSig(double T) const;
-    double objSigToRad(double s) const { return radFromSig[0] + radFromSig[1] * s + radFromSig[2] * s * s; }
     double radToObjSig(double r) const;
-    double clipPow(double p, unsigned char* status) const;
     unsigned short objSigToImg(double s) const { return powToImg(objSigToPow(s)); }
     unsigned short tempToImg(double T) const { return powToImg(objSigToPow(tempToObjSig(T))); }
     unsigned short radToImg(double r) const { return powToImg(objSigToPow(radToObjSig(r))); }
@@ -144,22 +138,12 @@ public:
     // when asked for a scale other than Celsius.
     const float* TemperatureTable(ETempType type);
 
-    // Fields of the chain, named as in the Ombria chain.
-    bool radInitialised = false;
-    double radR = 0, radB = 0, radF = 0;
-    double radFromSig[3] = {};
-    double sigFromRad[3] = {};
-    double atmTao = 0, K1 = 0, K2 = 0;
     _adjust_par_t adjPar;
     bool objParSet = false;
     _object_par_t objPar;
     bool calibParSet = false;
     _cal_param_t calPar;
     _tdrift_par_t driftPar;
-    bool clipOn = true;
-    double powClampHigh = 100000.0, powValidHigh = 100000.0, powValidLow = 1e-6, powClampLow = 1e-6;
-    double limitClampHigh = 100000.0, limitClampLow = 1e-6, limitValidHigh = 100000.0, limitValidLow = 1e-6;
-    double measAmbObjSig = -1.0;
 
     // The four tables in one block: temperature (Celsius), radiance, object
     // signal, status; and the image value behind each index.
