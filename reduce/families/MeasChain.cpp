@@ -1,5 +1,9 @@
 #include "reduce/families/MeasChain.h"
 
+#include <cstring>
+
+#include "reduce/convert/RadianceKernels.h"
+
 namespace orv::reduce {
 
 namespace {
@@ -108,6 +112,19 @@ void CMeasChain::UpdateUflwOflw(const SCalibValues& cal, double imgHighPow, doub
     limitClampLow = std::max(flo, imgLowPow);
     limitValidHigh = std::min(powValidHigh, limitClampHigh);
     limitValidLow = std::max(powValidLow, limitClampLow);
+}
+
+bool CMeasChain::FitRad(double R, double B, double F, int low, int high)
+{
+    double fromSig[3] = {}, toSig[3] = {};
+    if (!::orv::reduce::objSigToRad(low, high, R, B, F, 8.0, 12.0, fromSig, toSig)) return false;
+    std::memcpy(radFromSig, fromSig, sizeof fromSig);
+    std::memcpy(sigFromRad, toSig, sizeof toSig);
+    radR = R;
+    radB = B;
+    radF = F;
+    radInitialised = true;
+    return true;
 }
 
 } // namespace orv::reduce

@@ -84,6 +84,15 @@ protected:
     void UpdateCalcConst(const SPathValues& path, const SCalibValues& cal, bool calibSet);
     // The clipping limits, bounded by the powers of the image range.
     void UpdateUflwOflw(const SCalibValues& cal, double imgHighPow, double imgLowPow);
+
+    // Whether the radiance fit in place was made for this curve.
+    bool HasRadFit(double R, double B, double F) const
+    {
+        return radInitialised && R == radR && B == radB && F == radF;
+    }
+    // The radiance fit of 8 to 12 micrometres over the whole degrees low to
+    // high, Celsius, kept with the curve it was made for.
+    bool FitRad(double R, double B, double F, int low, int high);
 };
 
 } // namespace orv::reduce

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <type_traits>
 
 #include "reduce/convert/RadianceKernels.h"
@@ -214,21 +213,13 @@ double CMeasConv::tempToObjSig(double T) const
 
 bool CMeasConv::InitRad(double R, double B, double F)
 {
-    if (radInitialised && R == radR && B == radB && F == radF) return true;
+    if (HasRadFit(R, B, F)) return true;
     if (!calibParSet) return false;
     const float low = float(calibPar.rangeLowTemp - 273.15), high = float(calibPar.rangeHighTemp - 273.15);
     // Checked before the conversion to int, which a NaN or a huge span would
     // break, and a span no camera has would take very long to fit.
     if (!(low >= -274.0f) || !(high > low) || high - low > float(kMaxFitSpan)) return false;
-    double fromSig[3] = {}, toSig[3] = {};
-    if (!::orv::reduce::objSigToRad(int(low), int(high), R, B, F, 8.0, 12.0, fromSig, toSig)) return false;
-    std::memcpy(radFromSig, fromSig, sizeof fromSig);
-    std::memcpy(sigFromRad, toSig, sizeof toSig);
-    radR = R;
-    radB = B;
-    radF = F;
-    radInitialised = true;
-    return true;
+    return FitRad(R, B, F, int(low), int(high));
 }
 
 double CMeasConv::radToObjSig(double r) const

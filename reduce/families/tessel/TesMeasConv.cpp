@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "reduce/convert/RadianceKernels.h"
 #include "reduce/convert/TemperatureScale.h"
 
 namespace orv::reduce {
@@ -214,19 +213,11 @@ double CTesMeasConv::tempToObjSig(double T) const
 
 bool CTesMeasConv::InitRad(double R, double B, double F)
 {
-    if (radInitialised && R == radR && B == radB && F == radF) return true;
+    if (HasRadFit(R, B, F)) return true;
     if (!calibParSet) return false;
     const double lo = float(calPar.rangeLowTemp - 273.15), hi = float(calPar.rangeHighTemp - 273.15);
     if (!(lo >= -274.0 && hi <= lo + kWidestSpan)) return false;
-    double from[3], to[3];
-    if (!reduce::objSigToRad(int(lo), int(hi), R, B, F, 8.0, 12.0, from, to)) return false;
-    std::copy(from, from + 3, radFromSig);
-    std::copy(to, to + 3, sigFromRad);
-    radR = R;
-    radB = B;
-    radF = F;
-    radInitialised = true;
-    return true;
+    return FitRad(R, B, F, int(lo), int(hi));
 }
 
 double CTesMeasConv::imgToObjectSignal(long img, unsigned char* status) const
