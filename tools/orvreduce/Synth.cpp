@@ -269,6 +269,32 @@ int WriteSynthRecording(const std::string& path, CReduceObjectArray& objs, unsig
     return 0;
 }
 
+int WriteSequencedRecording(const char* family, const std::string& path, unsigned width, unsigned height,
+                            unsigned frames, unsigned presets, double minC, double maxC, uint16_t lowest,
+                            const TSynthPresetTable& presetTable)
+{
+    CReduceObjectArray objs;
+    std::vector<std::vector<float>> tables(presets);
+    auto params = objs.GetObjectParameters(true);
+    if (!params || !FillSynthSourceInfo(objs, width, height, presets, minC, maxC))
+        return Fail("synth: could not build the %s objects", family);
+    params->emissivity = 0.95f;
+    params->distance = 5.0f;
+    params->relativeHumidity = 0.5f;
+    params->estAtmosphericTransmission = 0.0f;
+    params->source = true;
+    params->valid = true;
+    for (unsigned p = 0; p < presets; ++p)
+        if (!presetTable(objs, p, *params, tables[p])) return Fail("synth: could not build the %s objects", family);
+    // The presets take the frames in turn; the reader learns so from here.
+    objs.GetSourceInfo(false)->presetSequencing = true;
+    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned f) {
+        const std::vector<float>& t = tables[f % presets];
+        const uint16_t c = NearestEntry(t.data(), unsigned(t.size()), celsius);
+        return c < lowest ? lowest : c;
+    });
+}
+
 uint16_t NearestEntry(const float* table, unsigned n, double value)
 {
     unsigned lo = 0, hi = n - 1;

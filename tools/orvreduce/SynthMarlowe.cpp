@@ -48,38 +48,24 @@ void MakeCalibration(CMarloweFactoryCalReduceObject& cal, unsigned preset)
     cal.valid = true;
 }
 
+// Preset p's calibration and the temperatures the converter will compute from
+// it, as a table to invert.
+bool PresetTable(CMarloweFactoryCalReduceObject& cal, unsigned p, const CObjectParametersReduceObject& params,
+                 std::vector<float>& table)
+{
+    MakeCalibration(cal, p);
+    CMrlConv conv;
+    conv.Init(cal, params);
+    table.resize(CMrlConv::kMaxSignal + 1);
+    conv.SignalToTemperature(0, CMrlConv::kMaxSignal, table.data(), nullptr, tempCelsius);
+    return true;
+}
+
 } // namespace
 
 int RunSynthMarlowe(const std::string& path, unsigned width, unsigned height, unsigned frames)
 {
-    CReduceObjectArray objs;
-    std::vector<float> tables[kPresets];
-    auto params = objs.GetObjectParameters(true);
-    if (!params || !FillSynthSourceInfo(objs, width, height, kPresets, kLow, kHigh))
-        return Fail("synth: could not build the Marlowe objects");
-    params->emissivity = 0.95f;
-    params->distance = 5.0f;
-    params->relativeHumidity = 0.5f;
-    params->estAtmosphericTransmission = 0.0f;
-    params->source = true;
-    params->valid = true;
-    for (unsigned p = 0; p < kPresets; ++p) {
-        auto cal = objs.GetObjectOfType(CMarloweFactoryCalReduceObject::typeID, int(p), true)
-                       .DynamicCast<CMarloweFactoryCalReduceObject>();
-        if (!cal) return Fail("synth: could not build the Marlowe objects");
-        MakeCalibration(*cal, p);
-        // What the converter will compute, as a table to invert.
-        CMrlConv conv;
-        conv.Init(*cal, *params);
-        tables[p].resize(CMrlConv::kMaxSignal + 1);
-        conv.SignalToTemperature(0, CMrlConv::kMaxSignal, tables[p].data(), nullptr, tempCelsius);
-    }
-    // The presets take the frames in turn; the reader learns so from here.
-    objs.GetSourceInfo(false)->presetSequencing = true;
-    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned f) {
-        const std::vector<float>& t = tables[f % kPresets];
-        return NearestEntry(t.data(), unsigned(t.size()), celsius);
-    });
+    return WriteSequencedRecording("Marlowe", path, width, height, frames, kPresets, kLow, kHigh, 0, &PresetTable);
 }
 
 } // namespace orv::reduce::cli

@@ -34,46 +34,33 @@ void MakeCalibration(CTesselFactoryCalReduceObject& cal, unsigned preset)
     cal.valid = true;
 }
 
+// Preset p's calibration and the temperatures the converter will compute from
+// it, as a table to invert.
+bool PresetTable(CTesselFactoryCalReduceObject& cal, unsigned p, const CObjectParametersReduceObject& params,
+                 std::vector<float>& table)
+{
+    MakeCalibration(cal, p);
+    _adjust_par_t adjust;
+    _cal_param_t calib;
+    _tdrift_par_t drift;
+    TesselRecords(cal, adjust, calib, drift);
+    _object_par_t o;
+    o.emissivity = params.emissivity;
+    o.distance = params.distance;
+    o.relativeHumidity = params.relativeHumidity;
+    CTesMeasConv conv(&adjust, &o, &calib);
+    conv.updateLUT();
+    table.assign(conv.lutTemp, conv.lutTemp + CTesMeasConv::kLUTSize);
+    table[0] = -273.15f; // never the nearest entry
+    return true;
+}
+
 } // namespace
 
 int RunSynthTessel(const std::string& path, unsigned width, unsigned height, unsigned frames)
 {
-    CReduceObjectArray objs;
-    std::vector<float> tables[kPresets];
-    auto params = objs.GetObjectParameters(true);
-    if (!params || !FillSynthSourceInfo(objs, width, height, kPresets, kLow, kHigh))
-        return Fail("synth: could not build the Tessel objects");
-    params->emissivity = 0.95f;
-    params->distance = 5.0f;
-    params->relativeHumidity = 0.5f;
-    params->estAtmosphericTransmission = 0.0f;
-    params->source = true;
-    params->valid = true;
-    for (unsigned p = 0; p < kPresets; ++p) {
-        auto cal = objs.GetObjectOfType(CTesselFactoryCalReduceObject::typeID, int(p), true)
-                       .DynamicCast<CTesselFactoryCalReduceObject>();
-        if (!cal) return Fail("synth: could not build the Tessel objects");
-        MakeCalibration(*cal, p);
-        _adjust_par_t adjust;
-        _cal_param_t calib;
-        _tdrift_par_t drift;
-        TesselRecords(*cal, adjust, calib, drift);
-        _object_par_t o;
-        o.emissivity = params->emissivity;
-        o.distance = params->distance;
-        o.relativeHumidity = params->relativeHumidity;
-        CTesMeasConv conv(&adjust, &o, &calib);
-        conv.updateLUT();
-        tables[p].assign(conv.lutTemp, conv.lutTemp + CTesMeasConv::kLUTSize);
-        tables[p][0] = -273.15f; // image value 0 means no image; never written
-    }
-    // The presets take the frames in turn; the reader learns so from here.
-    objs.GetSourceInfo(false)->presetSequencing = true;
-    return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned f) {
-        const std::vector<float>& t = tables[f % kPresets];
-        const uint16_t c = NearestEntry(t.data(), unsigned(t.size()), celsius);
-        return c == 0 ? uint16_t(1) : c;
-    });
+    // Image value 0 means no image: never written.
+    return WriteSequencedRecording("Tessel", path, width, height, frames, kPresets, kLow, kHigh, 1, &PresetTable);
 }
 
 } // namespace orv::reduce::cli

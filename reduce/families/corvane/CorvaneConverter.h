@@ -2,26 +2,26 @@
 // CCorvaneConverter: counts of a Corvane camera to temperature, one curve
 // per preset (CSpanFitConv), each served through a 65536-entry table. An
 // active preset without a calibration keeps a curve that answers nothing:
-// its pixels come out 0 and flagged, its value forms false.
-#include "reduce/convert/ConverterFactory.h"
+// its pixels come out 0 and flagged, its value forms false. Each preset has
+// a table of its own, so the per-pixel preset form flags the pixels of an
+// inactive preset too.
+#include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/corvane/SpanFitConv.h"
 
 namespace orv::reduce {
 
-class CCorvaneConverter : public IConverter {
+class CCorvaneConverter : public TPresetTableConverter<8, 0x10000> {
 public:
     static constexpr const char* kName = "CorvaneConverter";
     static constexpr unsigned char kIDBytes[16] = {0x7d, 0xf4, 0x1c, 0x62, 0xae, 0x1e, 0x68, 0x4d,
                                                    0xa3, 0xe5, 0x37, 0x9f, 0x1a, 0xd7, 0x6f, 0x62};
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
-    static constexpr unsigned int kLUTSize = 0x10000;
 
     static bool Register();
     // Base 0 with a Corvane calibration: 0, 5.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CCorvaneConverter() = default;
-    ~CCorvaneConverter() override;
 
     CString name() override { return kName; }
     SGuid id() override { return classID; }
@@ -37,21 +37,13 @@ public:
     bool OutputToSignal(float in, unsigned short& signal, unsigned char& status, unsigned char preset) override;
     bool SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
                         unsigned char preset) override;
-    bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
-    bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset) override;
-
     using IConverter::BaseToOutput;
-    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
-    bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
-                       unsigned char* status) override;
+    bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
 
     // Fills the table of a preset if it is not up to date; only for unit 5.
-    bool UpdateLUT(unsigned char preset);
+    bool UpdateLUT(unsigned char preset) override;
 
     CSpanFitConv span[8];
-    bool lutValid[8] = {};
-    float* lut[8] = {};
-    unsigned char* lutStatus[8] = {};
 
 private:
     // Preset 255 and above mean the current preset; 8 when not active.

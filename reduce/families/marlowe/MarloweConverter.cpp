@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "reduce/kernels/LUT.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 #include "reduce/store/ReduceObjectArray.h"
@@ -12,26 +11,13 @@ namespace orv::reduce {
 
 namespace {
 
-constexpr unsigned short kLow = 0;
 constexpr unsigned short kHigh = CMrlConv::kMaxSignal;
-constexpr int kByteTables = 256;
-
-bool BadTypes(STypedData src, STypedData dst)
-{
-    return unsigned(src.type) > dtFlt64 || unsigned(dst.type) > dtFlt64;
-}
+static_assert(CMarloweConverter::kLUTSize == kHigh + 1u);
 
 TSharedPtr<CMarloweFactoryCalReduceObject> Calibration(CReduceObjectArray& objs, int preset)
 {
     return objs.GetObjectOfType(CMarloweFactoryCalReduceObject::typeID, preset, false)
         .DynamicCast<CMarloweFactoryCalReduceObject>();
-}
-
-// A value form's float input as a signal: truncated to 16 bits; what has no
-// 16-bit value (not a number, out of range) reads as 0.
-unsigned short ToSignal(float in)
-{
-    return in >= 0.0f && in < 65536.0f ? static_cast<unsigned short>(in) : 0;
 }
 
 } // namespace
@@ -56,14 +42,6 @@ bool CMarloweConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduce
     units.add(unitRadianceFactory);
     units.add(unitTemperatureFactory);
     return true;
-}
-
-CMarloweConverter::~CMarloweConverter()
-{
-    for (int i = 0; i < kPresets; ++i) {
-        delete[] lut[i];
-        delete[] lutStatus[i];
-    }
 }
 
 bool CMarloweConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out,
@@ -109,17 +87,15 @@ int CMarloweConverter::Preset(unsigned char preset) const
 
 bool CMarloweConverter::UpdateLUT(unsigned char preset)
 {
-    if (preset >= kPresets) return false;
-    if (lutValid[preset]) return true;
-    if (outputUnit != unitTemperatureFactory && outputUnit != unitRadianceFactory) return false;
-    if (!lut[preset]) lut[preset] = new float[kLUTSize];
-    if (!lutStatus[preset]) lutStatus[preset] = new unsigned char[kLUTSize];
-    if (outputUnit == unitTemperatureFactory)
-        conv[preset].SignalToTemperature(0, kHigh, lut[preset], lutStatus[preset], outputTempType);
-    else
-        conv[preset].SignalToRadiance(0, kHigh, lut[preset], lutStatus[preset]);
-    lutValid[preset] = true;
-    return true;
+    return BuildTable(preset, [&](float* table, unsigned char* tableStatus) {
+        if (outputUnit == unitTemperatureFactory)
+            conv[preset].SignalToTemperature(0, kHigh, table, tableStatus, outputTempType);
+        else if (outputUnit == unitRadianceFactory)
+            conv[preset].SignalToRadiance(0, kHigh, table, tableStatus);
+        else
+            return false;
+        return true;
+    });
 }
 
 bool CMarloweConverter::SignalToOutput(unsigned short signal, float& out, unsigned char& status,
@@ -180,57 +156,7 @@ bool CMarloweConverter::SignalToOutput(unsigned short first, unsigned short last
 
 bool CMarloweConverter::BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset)
 {
-    return SignalToOutput(ToSignal(in), out, status, preset);
-}
-
-bool CMarloweConverter::OutputToBase(float in, float& out, unsigned char& status, unsigned char preset)
-{
-    unsigned short signal = 0;
-    if (!OutputToSignal(in, signal, status, preset)) return false;
-    out = float(signal);
-    return true;
-}
-
-bool CMarloweConverter::Single(STypedData src, STypedData dst, float*& table, unsigned char*& tableStatus)
-{
-    if (BadTypes(src, dst)) return false;
-    const unsigned char p = firstActivePreset;
-    if (p >= kPresets || !UpdateLUT(p)) return false;
-    table = lut[p];
-    tableStatus = lutStatus[p];
-    return true;
-}
-
-bool CMarloweConverter::PerPreset(STypedData src, STypedData dst, float** tables, unsigned char** statuses)
-{
-    if (BadTypes(src, dst)) return false;
-    const unsigned char current = firstActivePreset;
-    if (current >= kPresets || !UpdateLUT(current)) return false;
-    for (unsigned char i = 0; i < kPresets; ++i)
-        if (present[i] && !UpdateLUT(i)) return false;
-    for (int b = 0; b < kByteTables; ++b) {
-        const int k = present[b & 3] && lutValid[b & 3] ? (b & 3) : current;
-        tables[b] = lut[k];
-        statuses[b] = lutStatus[k];
-    }
-    return true;
-}
-
-bool CMarloweConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
-{
-    float* table = nullptr;
-    unsigned char* tableStatus = nullptr;
-    if (!Single(src, dst, table, tableStatus)) return false;
-    return ApplyLUT(src, dst, status, region, table, tableStatus, kLow, kHigh);
-}
-
-bool CMarloweConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
-                                     STypedData dst, unsigned char* status)
-{
-    float* tables[kByteTables];
-    unsigned char* statuses[kByteTables];
-    if (!PerPreset(src, dst, tables, statuses)) return false;
-    return ApplyLUT(src, presetIndex, dst, status, region, tables, statuses, kLow, kHigh);
+    return SignalToOutput(TruncatedSignal(in), out, status, preset);
 }
 
 unsigned char CMarloweConverter::GuessPresetFromOutput(float value)

@@ -4,19 +4,18 @@
 // through a 16384-entry table per preset, built when first needed after any
 // Update or change of object parameters.
 #include "orv/Array.h"
-#include "reduce/convert/ConverterFactory.h"
+#include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/marlowe/MrlConv.h"
 
 namespace orv::reduce {
 
-class CMarloweConverter : public IConverter {
+class CMarloweConverter : public TPresetTableConverter<4, 16384> {
 public:
     static constexpr const char* kName = "MarloweConverter";
     static constexpr unsigned char kIDBytes[16] = {0x00, 0xb3, 0x05, 0x38, 0x34, 0x18, 0x64, 0x4f,
                                                    0xbc, 0x35, 0x1f, 0x7e, 0xd0, 0x90, 0xaf, 0x1f};
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
     static constexpr int kPresets = 4;
-    static constexpr unsigned int kLUTSize = 16384;
     // A range of at least this many signals is served from the table.
     static constexpr unsigned int kTableRange = 8193;
 
@@ -26,7 +25,6 @@ public:
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CMarloweConverter() = default;
-    ~CMarloweConverter() override;
 
     CString name() override { return kName; }
     SGuid id() override { return classID; }
@@ -46,35 +44,23 @@ public:
                         unsigned char preset) override;
     using IConverter::BaseToOutput;
     bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
-    bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset) override;
-
-    // Every array and region form comes here: the look-up kernel over the
-    // region, with the current preset's table or each pixel's own.
-    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
-    bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
-                       unsigned char* status) override;
 
     unsigned char GuessPresetFromOutput(float value) override;
 
     // Builds the table of a preset if it is not up to date; false for a
     // unit other than 4 and 5.
-    bool UpdateLUT(unsigned char preset);
+    bool UpdateLUT(unsigned char preset) override;
 
     CMrlConv conv[kPresets];
     bool present[kPresets] = {};
-    bool lutValid[kPresets] = {};
-    float* lut[kPresets] = {};
-    unsigned char* lutStatus[kPresets] = {};
 
 private:
     // The preset a value form means: 255 and above the current one; -1 for
     // one that is not there.
     int Preset(unsigned char preset) const;
-    // Tables of the current preset, or of every preset by byte value for the
-    // per-pixel preset forms (a byte names preset byte & 3; one without a
-    // calibration gets the current preset's table).
-    bool Single(STypedData src, STypedData dst, float*& table, unsigned char*& tableStatus);
-    bool PerPreset(STypedData src, STypedData dst, float** tables, unsigned char** statuses);
+    // A preset without a calibration has no table: its pixels read the
+    // current preset's.
+    bool OwnTable(int preset) const override { return present[preset]; }
 };
 
 } // namespace orv::reduce

@@ -4,18 +4,12 @@
 
 #include "orv/ValueConvert.h"
 #include "reduce/convert/TemperatureScale.h"
-#include "reduce/kernels/LUT.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/store/ReduceObjectArray.h"
 
 namespace orv::reduce {
 
 namespace {
-
-bool BadTypes(STypedData src, STypedData dst)
-{
-    return unsigned(src.type) > dtFlt64 || unsigned(dst.type) > dtFlt64;
-}
 
 // A calibration with a NaN or an infinity would carry it into every pixel
 // and every limit: refused instead.
@@ -63,7 +57,7 @@ bool COmbriaConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceO
     return true;
 }
 
-COmbriaConverter::COmbriaConverter() = default;
+COmbriaConverter::COmbriaConverter() : CPresetTableConverter(1, static_cast<unsigned short>(kLUTSize - 1)) {}
 
 COmbriaConverter::~COmbriaConverter()
 {
@@ -181,25 +175,18 @@ bool COmbriaConverter::BaseToOutput(float in, float& out, unsigned char& status,
     return SignalToOutput(ConvertValue<unsigned short>(in), out, status, preset);
 }
 
-bool COmbriaConverter::OutputToBase(float in, float& out, unsigned char& status, unsigned char preset)
+bool COmbriaConverter::PresetTable(int, float*& table, unsigned char*& status)
 {
-    unsigned short signal = 0;
-    if (!OutputToSignal(in, signal, status, preset)) return false;
-    out = float(signal);
+    if (!UpdateLUT()) return false;
+    table = lut;
+    status = lutStatus;
     return true;
-}
-
-bool COmbriaConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst,
-                                     unsigned char* status)
-{
-    if (BadTypes(src, dst) || !UpdateLUT()) return false;
-    return ApplyLUT(src, dst, status, region, lut, lutStatus, 0, 65535);
 }
 
 bool COmbriaConverter::ConvertRegion(STypedData src, const unsigned char*, const SPixelRegion& region, STypedData dst,
                                      unsigned char* status)
 {
-    return ConvertRegion(src, region, dst, status);
+    return CPresetTableConverter::ConvertRegion(src, region, dst, status);
 }
 
 } // namespace orv::reduce

@@ -3,12 +3,12 @@
 // and temperature through CMeasConv. One calibration is in force for all
 // presets, so every count maps to one value and frames go through one
 // 65536-entry table.
-#include "reduce/convert/ConverterFactory.h"
+#include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/ombria/MeasConv.h"
 
 namespace orv::reduce {
 
-class COmbriaConverter : public IConverter {
+class COmbriaConverter : public CPresetTableConverter {
 public:
     static constexpr const char* kName = "OmbriaConverter";
     static constexpr unsigned char kIDBytes[16] = {0xab, 0x93, 0x16, 0xe8, 0xb6, 0xb4, 0xc4, 0x4e,
@@ -42,10 +42,9 @@ public:
     bool SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
                         unsigned char preset) override;
     bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
-    bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset) override;
 
     using IConverter::BaseToOutput;
-    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
+    using CPresetTableConverter::ConvertRegion;
     // The preset bytes are dropped: one calibration is in force.
     bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
                        unsigned char* status) override;
@@ -61,6 +60,8 @@ public:
 
 private:
     bool PresetUsable(unsigned char preset) const;
+    // The one table, whichever preset asks.
+    bool PresetTable(int preset, float*& table, unsigned char*& status) override;
 };
 
 } // namespace orv::reduce

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "reduce/convert/TemperatureScale.h"
-#include "reduce/kernels/LUT.h"
 #include "reduce/objects/FrameInfoReduceObject.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/objects/TesselFactoryCalReduceObject.h"
@@ -15,24 +14,12 @@ namespace orv::reduce {
 namespace {
 
 namespace rec = tesselRecord;
-constexpr unsigned short kLow = 0;
 constexpr unsigned short kHigh = CTesMeasConv::kMaxImage;
-constexpr int kByteTables = 256;
-
-bool BadTypes(STypedData src, STypedData dst)
-{
-    return unsigned(src.type) > dtFlt64 || unsigned(dst.type) > dtFlt64;
-}
 
 TSharedPtr<CTesselFactoryCalReduceObject> Calibration(CReduceObjectArray& objs, int preset)
 {
     return objs.GetObjectOfType(CTesselFactoryCalReduceObject::typeID, preset, false)
         .DynamicCast<CTesselFactoryCalReduceObject>();
-}
-
-unsigned short ToSignal(float in)
-{
-    return in >= 0.0f && in < 65536.0f ? static_cast<unsigned short>(in) : 0;
 }
 
 _object_par_t ObjectRecord(const CObjectParametersReduceObject* p)
@@ -125,7 +112,7 @@ bool CTesselConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceO
     return true;
 }
 
-CTesselConverter::CTesselConverter()
+CTesselConverter::CTesselConverter() : CPresetTableConverter(kPresets, kHigh)
 {
     for (CTesMeasConv*& c : conv) c = new CTesMeasConv;
 }
@@ -271,61 +258,14 @@ bool CTesselConverter::SignalToOutput(unsigned short first, unsigned short last,
 
 bool CTesselConverter::BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset)
 {
-    return SignalToOutput(ToSignal(in), out, status, preset);
+    return SignalToOutput(TruncatedSignal(in), out, status, preset);
 }
 
-bool CTesselConverter::OutputToBase(float in, float& out, unsigned char& status, unsigned char preset)
+bool CTesselConverter::PresetTable(int preset, float*& table, unsigned char*& status)
 {
-    unsigned short signal = 0;
-    if (!OutputToSignal(in, signal, status, preset)) return false;
-    out = float(signal);
+    if (!(table = Table(preset))) return false;
+    status = conv[preset]->lutStatus;
     return true;
-}
-
-bool CTesselConverter::Single(STypedData src, STypedData dst, float*& table, unsigned char*& tableStatus)
-{
-    if (BadTypes(src, dst)) return false;
-    const int p = Preset(255);
-    if (p < 0 || !(table = Table(p))) return false;
-    tableStatus = conv[p]->lutStatus;
-    return true;
-}
-
-bool CTesselConverter::PerPreset(STypedData src, STypedData dst, float** tables, unsigned char** statuses)
-{
-    if (BadTypes(src, dst)) return false;
-    const int current = Preset(255);
-    if (current < 0) return false;
-    float* own[kPresets] = {};
-    for (int i = 0; i < kPresets; ++i) {
-        if (!present[i]) continue;
-        if (!(own[i] = Table(i))) return false;
-    }
-    // A byte names preset byte & 3; one without a calibration reads the
-    // current preset's table.
-    for (int b = 0; b < kByteTables; ++b) {
-        const int k = own[b & 3] ? (b & 3) : current;
-        tables[b] = own[k];
-        statuses[b] = conv[k]->lutStatus;
-    }
-    return true;
-}
-
-bool CTesselConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
-{
-    float* table = nullptr;
-    unsigned char* tableStatus = nullptr;
-    if (!Single(src, dst, table, tableStatus)) return false;
-    return ApplyLUT(src, dst, status, region, table, tableStatus, kLow, kHigh);
-}
-
-bool CTesselConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
-                                     STypedData dst, unsigned char* status)
-{
-    float* tables[kByteTables];
-    unsigned char* statuses[kByteTables];
-    if (!PerPreset(src, dst, tables, statuses)) return false;
-    return ApplyLUT(src, presetIndex, dst, status, region, tables, statuses, kLow, kHigh);
 }
 
 } // namespace orv::reduce

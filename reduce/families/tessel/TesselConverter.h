@@ -5,7 +5,7 @@
 // the drift correction (docs/tessel.md), so a caller that updates per frame
 // follows the camera's warm-up.
 #include "orv/Array.h"
-#include "reduce/convert/ConverterFactory.h"
+#include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/tessel/TesMeasConv.h"
 
 namespace orv::reduce {
@@ -19,7 +19,7 @@ inline constexpr const char* kTesselSensorKeys[3] = {"TempSens9", "TempSens10", 
 void TesselRecords(const CTesselFactoryCalReduceObject& cal, _adjust_par_t& adjust, _cal_param_t& calib,
                    _tdrift_par_t& drift);
 
-class CTesselConverter : public IConverter {
+class CTesselConverter : public CPresetTableConverter {
 public:
     static constexpr const char* kName = "TesselConverter";
     static constexpr unsigned char kIDBytes[16] = {0x6e, 0x7a, 0xb9, 0x1d, 0x8b, 0x88, 0xd3, 0x45,
@@ -52,13 +52,6 @@ public:
                         unsigned char preset) override;
     using IConverter::BaseToOutput;
     bool BaseToOutput(float in, float& out, unsigned char& status, unsigned char preset) override;
-    bool OutputToBase(float in, float& out, unsigned char& status, unsigned char preset) override;
-
-    // Every array and region form comes here: the look-up kernel over the
-    // region, with the current preset's table or each pixel's own.
-    bool ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status) override;
-    bool ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region, STypedData dst,
-                       unsigned char* status) override;
 
     // Builds the tables of a preset if they are not up to date.
     bool UpdateLUT(unsigned char preset);
@@ -71,8 +64,11 @@ private:
     int Preset(unsigned char preset) const;
     // The table of the output unit for a preset (built first).
     float* Table(int preset);
-    bool Single(STypedData src, STypedData dst, float*& table, unsigned char*& tableStatus);
-    bool PerPreset(STypedData src, STypedData dst, float** tables, unsigned char** statuses);
+    // The tables live in each preset's CTesMeasConv; a preset without a
+    // valid calibration has none, and its pixels read the current preset's.
+    int TablePreset() const override { return Preset(255); }
+    bool OwnTable(int preset) const override { return present[preset]; }
+    bool PresetTable(int preset, float*& table, unsigned char*& status) override;
 };
 
 } // namespace orv::reduce

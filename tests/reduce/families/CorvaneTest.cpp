@@ -164,6 +164,40 @@ TEST(Corvane, EveryLevelOfInterleavedPresetsAgainstTheCurve)
     }
 }
 
+TEST(Corvane, PresetBytesBeyondSevenAndInactivePresets)
+{
+    // A byte names preset byte & 7. Preset 2 is active without a
+    // calibration and 3 to 7 are not active: their pixels come out 0 and
+    // flagged.
+    SRecording rec(2);
+    rec.Scene(kScenes[0]);
+    CCorvaneConverter conv;
+    ASSERT_TRUE(Bind(conv, rec.objs, tempCelsius));
+    const unsigned short level = 20000;
+    std::vector<unsigned short> levels(256, level);
+    std::vector<unsigned char> bytes(256);
+    for (int b = 0; b < 256; ++b) bytes[b] = static_cast<unsigned char>(b);
+    std::vector<float> out(256);
+    std::vector<unsigned char> status(256);
+    ASSERT_TRUE(conv.BaseToOutput(STypedData(levels.data(), dtUInt16), bytes.data(), STypedData(out.data(), dtFlt32),
+                                  status.data(), 256));
+    for (int p = 0; p < 2; ++p) {
+        float v = 0;
+        unsigned char s = 0;
+        ASSERT_TRUE(conv.SignalToOutput(level, v, s, static_cast<unsigned char>(p)));
+        EXPECT_NEAR(out[p], v, 1e-3);
+        EXPECT_EQ(status[p], s);
+    }
+    EXPECT_GT(std::fabs(out[0] - out[1]), 1.0f);
+    for (int b = 0; b < 256; ++b) {
+        EXPECT_EQ(out[b], out[b & 7]) << b;
+        EXPECT_EQ(status[b], status[b & 7]) << b;
+        if ((b & 7) < 2) continue;
+        EXPECT_EQ(out[b], 0.0f) << b;
+        EXPECT_EQ(status[b], 1) << b;
+    }
+}
+
 TEST(Corvane, ValueFormsLimitsAndTheInverse)
 {
     SRecording rec(2);
