@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "reduce/filters/BasicData.h"
-#include "reduce/filters/FilterFactory.h"
 #include "reduce/filters/PixelTypes.h"
 #include "reduce/filters/Yuv.h"
 
@@ -15,13 +14,6 @@ constexpr TAt<uint16_t> kWidthAt{2}, kHeightAt{4}, kLastColumnAt{12}, kLastRowAt
 
 bool IsVideo(SGuid t) { return t == guidMX515F7M3 || t == guidMX515UYVY; }
 } // namespace
-
-bool CMX515Filter::Register()
-{
-    filterFactory()->Register<CMX515Filter>(kName, {guidMX515F7M2, guidMX515F7M3, guidMX515UYVY});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
 
 bool CMX515Filter::HasPixels(SGuid pixelType) const { return pixelType == guidMX515F7M2; }
 

@@ -9,16 +9,16 @@
 // as a frame without one by the peeks.
 #include <cstdint>
 
-#include "reduce/filters/Filter.h"
+#include "reduce/filters/NamedFilter.h"
+#include "reduce/filters/PixelTypes.h"
 
 namespace orv::reduce {
 
-class CMX515Filter : public IFilter {
+class CMX515Filter : public TNamedFilter<CMX515Filter, IFilter> {
 public:
     static constexpr const char* kName = "MX515";
-    static bool Register();
+    static constexpr SGuid kPixelTypes[] = {guidMX515F7M2, guidMX515F7M3, guidMX515UYVY};
 
-    const char* GetName() const override { return kName; }
     bool HasPixels(SGuid pixelType) const override;
     bool GetPixels(unsigned char* frame, SGuid pixelType, uint16_t width, uint16_t height, uint32_t frameSize,
                    void** pixels, int& stride) override;

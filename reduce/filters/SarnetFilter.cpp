@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "reduce/filters/BasicData.h"
-#include "reduce/filters/FilterFactory.h"
 #include "reduce/filters/PixelTypes.h"
 #include "reduce/filters/Yuv.h"
 
@@ -13,13 +12,6 @@ namespace {
 constexpr TAt<uint16_t> kCounterAt{24};
 constexpr TAt<uint16_t> kZeroedAt{22}; // cleared in every stored header
 } // namespace
-
-bool CSarnetFilter::Register()
-{
-    filterFactory()->Register<CSarnetFilter>(kName, {guidSarnetF7M0, guidSarnetUYVY});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
 
 bool CSarnetFilter::HasPixels(SGuid pixelType) const { return pixelType == guidSarnetF7M0; }
 

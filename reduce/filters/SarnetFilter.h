@@ -9,16 +9,16 @@
 // gives false from ParseFrame and is read as a frame without one by the peeks.
 #include <cstdint>
 
-#include "reduce/filters/Filter.h"
+#include "reduce/filters/NamedFilter.h"
+#include "reduce/filters/PixelTypes.h"
 
 namespace orv::reduce {
 
-class CSarnetFilter : public IFilter {
+class CSarnetFilter : public TNamedFilter<CSarnetFilter, IFilter> {
 public:
     static constexpr const char* kName = "Sarnet";
-    static bool Register();
+    static constexpr SGuid kPixelTypes[] = {guidSarnetF7M0, guidSarnetUYVY};
 
-    const char* GetName() const override { return kName; }
     bool HasPixels(SGuid pixelType) const override;
     bool GetPixels(unsigned char* frame, SGuid pixelType, uint16_t width, uint16_t height, uint32_t frameSize,
                    void** pixels, int& stride) override;

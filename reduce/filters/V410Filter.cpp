@@ -10,7 +10,6 @@
 #include "orv/Convert.h"
 #include "orv/Jpeg.h"
 #include "reduce/filters/BasicData.h"
-#include "reduce/filters/FilterFactory.h"
 #include "reduce/filters/PixelTypes.h"
 #include "reduce/filters/Yuv.h"
 
@@ -197,14 +196,6 @@ void DecodeBGR(unsigned char* out, const unsigned char* in, size_t width, size_t
 }
 
 } // namespace
-
-bool CV410Filter::Register()
-{
-    filterFactory()->Register<CV410Filter>(kName, {guidV410F7M0, guidV410FNM0, guidV410GIGE, guidV410GIGEFlip,
-                                                   guidV410UYVY, guidV410YUY2, guidV410BGR8, guidMJLSIR});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
 
 bool CV410Filter::HasPixels(SGuid pixelType) const { return GroupOf(pixelType) == EGroup::ir; }
 
