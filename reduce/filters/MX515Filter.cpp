@@ -1,7 +1,5 @@
 #include "reduce/filters/MX515Filter.h"
 
-#include <cstring>
-
 #include "reduce/filters/BasicData.h"
 
 namespace orv::reduce {
@@ -54,17 +52,13 @@ bool CMX515Filter::StoreFrame(const unsigned char* frame, uint32_t frameSize, SG
 {
     if (subFrames < 2) return IFilter::StoreFrame(frame, frameSize, pixelType, width, height, subFrames,
                                                   subFrameIndex, out, outSize);
-    const uint64_t S = uint64_t(width) * height * 2;
-    if (S * subFrames > frameSize || (uint64_t(subFrameIndex) + 1) * S > frameSize) return false;
-    const uint64_t T = frameSize - S * subFrames;
-    // The slot must hold the sub-frame and the trailer, and the trailer the
-    // time word: nothing is read or written outside either.
+    // The trailer must hold the time word: nothing is read or written outside it.
     constexpr uint64_t kMillisEnd = 908;
-    if (!out || S + T > outSize || T < kMillisEnd) return false;
-    auto* o = static_cast<unsigned char*>(out);
-    std::memcpy(o, frame + subFrameIndex * S, S);
-    std::memcpy(o + S, frame + S * subFrames, T);
-    unsigned char* w = o + S + kMillisEnd - 4;
+    uint64_t T = 0;
+    unsigned char* t =
+        CopySubFrame(frame, frameSize, width, height, subFrames, subFrameIndex, out, outSize, kMillisEnd, T);
+    if (!t) return false;
+    unsigned char* w = t + kMillisEnd - 4;
     uint32_t millis = uint32_t(w[0]) << 24 | uint32_t(w[1]) << 16 | uint32_t(w[2]) << 8 | w[3];
     millis += subFrameIndex * (33u / subFrames);
     w[0] = static_cast<unsigned char>(millis >> 24);
