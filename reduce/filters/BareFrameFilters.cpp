@@ -1,8 +1,5 @@
 #include "reduce/filters/BareFrameFilters.h"
 
-#include "reduce/filters/FilterFactory.h"
-#include "reduce/filters/PixelTypes.h"
-
 namespace orv::reduce {
 
 bool CBareFrameFilter::ParseFrame(unsigned char* frame, SGuid pixelType, uint16_t width, uint16_t height,
@@ -37,39 +34,6 @@ bool CBareFrameFilter::ParseBasicInfo(unsigned char* frame, SGuid pixelType, uin
 {
     return Known(pixelType) &&
            CGenericFilter::ParseBasicInfo(frame, pixelType, width, height, frameSize, preset, counter, time);
-}
-
-CKordanFilter::CKordanFilter() : CBareFrameFilter(guidKordan) {}
-CVelmarFilter::CVelmarFilter() : CBareFrameFilter(guidVelmar) {}
-COstrelFilter::COstrelFilter() : CBareFrameFilter(guidOST) {}
-CBrennicFilter::CBrennicFilter() : CBareFrameFilter(guidBRG) {}
-
-bool CKordanFilter::Register()
-{
-    filterFactory()->Register<CKordanFilter>(kName, {guidKordan});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
-
-bool CVelmarFilter::Register()
-{
-    filterFactory()->Register<CVelmarFilter>(kName, {guidVelmar});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
-
-bool COstrelFilter::Register()
-{
-    filterFactory()->Register<COstrelFilter>(kName, {guidOST, guidOSTHdr});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
-
-bool CBrennicFilter::Register()
-{
-    filterFactory()->Register<CBrennicFilter>(kName, {guidBRG, guidBRGHdr});
-    RegisterPixelTypeRows(kName);
-    return true;
 }
 
 } // namespace orv::reduce

@@ -14,6 +14,7 @@
 // is nothing to read from them: every operation on them returns false.
 #include "orv/PixelType.h"
 #include "reduce/filters/GenericFilter.h"
+#include "reduce/filters/PixelTypes.h"
 
 namespace orv::reduce {
 
@@ -39,36 +40,32 @@ private:
     SGuid m_frameType;
 };
 
-class CKordanFilter : public CBareFrameFilter {
+class CKordanFilter : public TNamedFilter<CKordanFilter, CBareFrameFilter> {
 public:
     static constexpr const char* kName = "Kordan";
-    static bool Register();
-    CKordanFilter();
-    const char* GetName() const override { return kName; }
+    static constexpr SGuid kPixelTypes[] = {guidKordan};
+    CKordanFilter() : TNamedFilter(guidKordan) {}
 };
 
-class CVelmarFilter : public CBareFrameFilter {
+class CVelmarFilter : public TNamedFilter<CVelmarFilter, CBareFrameFilter> {
 public:
     static constexpr const char* kName = "Velmar";
-    static bool Register();
-    CVelmarFilter();
-    const char* GetName() const override { return kName; }
+    static constexpr SGuid kPixelTypes[] = {guidVelmar};
+    CVelmarFilter() : TNamedFilter(guidVelmar) {}
 };
 
-class COstrelFilter : public CBareFrameFilter {
+class COstrelFilter : public TNamedFilter<COstrelFilter, CBareFrameFilter> {
 public:
     static constexpr const char* kName = "Ostrel";
-    static bool Register();
-    COstrelFilter();
-    const char* GetName() const override { return kName; }
+    static constexpr SGuid kPixelTypes[] = {guidOST, guidOSTHdr};
+    COstrelFilter() : TNamedFilter(guidOST) {}
 };
 
-class CBrennicFilter : public CBareFrameFilter {
+class CBrennicFilter : public TNamedFilter<CBrennicFilter, CBareFrameFilter> {
 public:
     static constexpr const char* kName = "Brennic";
-    static bool Register();
-    CBrennicFilter();
-    const char* GetName() const override { return kName; }
+    static constexpr SGuid kPixelTypes[] = {guidBRG, guidBRGHdr};
+    CBrennicFilter() : TNamedFilter(guidBRG) {}
 };
 
 } // namespace orv::reduce

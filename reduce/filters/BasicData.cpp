@@ -143,6 +143,22 @@ void StoreCameraInfo(COmbriaCameraInfoReduceObject& camera, const unsigned char*
     camera.tagFlag = prefix != nullptr;
 }
 
+unsigned char* CopySubFrame(const unsigned char* frame, uint32_t frameSize, uint16_t width, uint16_t height,
+                            uint16_t subFrames, uint16_t subFrameIndex, void* out, uint32_t outSize,
+                            uint64_t minTrailer, uint64_t& trailerSize)
+{
+    const uint64_t S = uint64_t(width) * height * 2;
+    if (S * subFrames > frameSize || (uint64_t(subFrameIndex) + 1) * S > frameSize) return nullptr;
+    const uint64_t T = frameSize - S * subFrames;
+    // The slot must hold the sub-frame and the trailer: nothing is written past outSize.
+    if (!out || S + T > outSize || T < minTrailer) return nullptr;
+    auto* o = static_cast<unsigned char*>(out);
+    std::memcpy(o, frame + subFrameIndex * S, S);
+    std::memcpy(o + S, frame + S * subFrames, T);
+    trailerSize = T;
+    return o + S;
+}
+
 unsigned char* MX515HeaderOf(unsigned char* frame, uint32_t frameSize, uint16_t width, uint16_t height)
 {
     const uint64_t P = uint64_t(width) * height * 2;

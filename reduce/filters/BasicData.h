@@ -114,6 +114,16 @@ SOmbriaFrameObjects FetchOmbriaObjects(CReduceObjectArray& objects);
 void StoreCameraInfo(COmbriaCameraInfoReduceObject& camera, const unsigned char* record, uint32_t recordSize,
                      const unsigned char* prefix);
 
+// Packed sub-frames, as the V410 and MX515 cameras send them: subFrames images
+// of width x height 16-bit pixels, then one trailer (prefix, block or header)
+// for all of them. Copies image subFrameIndex and the trailer behind it into
+// out and returns where the trailer starts there, with its size. Null, with
+// nothing written, when the frame does not hold them, out cannot take them, or
+// the trailer is shorter than minTrailer.
+unsigned char* CopySubFrame(const unsigned char* frame, uint32_t frameSize, uint16_t width, uint16_t height,
+                            uint16_t subFrames, uint16_t subFrameIndex, void* out, uint32_t outSize,
+                            uint64_t minTrailer, uint64_t& trailerSize);
+
 // The SMX515Header behind the pixels of a Sarnet or MX515 frame, at
 // width * height * 2, or null when the frame is too short to hold it (the
 // cameras trust the frame; we do not).

@@ -1,17 +1,8 @@
 #include "reduce/filters/BayerFilter.h"
 
-#include "reduce/filters/FilterFactory.h"
 #include "reduce/filters/PixelTypes.h"
 
 namespace orv::reduce {
-
-bool CBayerFilter::Register()
-{
-    filterFactory()->Register<CBayerFilter>(
-        kName, {guidBayerGRBG, pixelBayerBG8, pixelBayerGB8, pixelBayerGR8, pixelBayerRG8});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
 
 unsigned CBayerFilter::SampleBytes(SGuid pixelType, EBayerPattern& pattern)
 {

@@ -13,16 +13,16 @@
 
 namespace orv::reduce {
 
-class CBayerFilter : public CGenericFilter {
+class CBayerFilter : public TNamedFilter<CBayerFilter, CGenericFilter> {
 public:
     static constexpr const char* kName = "Bayer";
-    static bool Register();
+    static constexpr SGuid kPixelTypes[] = {guidBayerGRBG, pixelBayerBG8, pixelBayerGB8, pixelBayerGR8,
+                                            pixelBayerRG8};
 
     // The mosaic of a pixel type, and its sample size in bytes (1 or 2); 0
     // for a type that is not one of the five.
     static unsigned SampleBytes(SGuid pixelType, EBayerPattern& pattern);
 
-    const char* GetName() const override { return kName; }
     // The frame holds the mosaic, not the RGB pixels of the type: no pixels
     // in place.
     bool HasPixels(SGuid pixelType) const override;

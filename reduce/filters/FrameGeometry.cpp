@@ -7,6 +7,7 @@
 
 #include "orv/Deinterlace.h"
 #include "orv/PixelType.h"
+#include "reduce/filters/Yuv.h"
 
 namespace orv::reduce {
 namespace {
@@ -94,16 +95,6 @@ void AdjustRGB(SRGB3* dst, const SRGB3* src, size_t width, size_t height, bool i
     else if (flipH) CopyMirrored<true, false>(dst, src, width, height);
     else if (flipV) CopyMirrored<false, true>(dst, src, width, height);
     else std::memcpy(dst, src, width * height * sizeof(SRGB3));
-}
-
-inline unsigned char Clip(int v) { return static_cast<unsigned char>(v < 0 ? 0 : v > 255 ? 255 : v); }
-
-inline void YUVToRGB(unsigned char* out, int y, int u, int v)
-{
-    const int c = y - 16, d = u - 128, e = v - 128;
-    out[0] = Clip((298 * c + 409 * e + 128) >> 8);
-    out[1] = Clip((298 * c - 100 * d - 208 * e + 128) >> 8);
-    out[2] = Clip((298 * c + 516 * d + 128) >> 8);
 }
 
 // One input row of pairs into one output row. Mirrored, the pairs go from the

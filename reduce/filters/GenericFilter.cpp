@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "orv/PixelType.h"
-#include "reduce/filters/FilterFactory.h"
 #include "reduce/filters/FrameGeometry.h"
 #include "reduce/filters/PixelTypes.h"
 #include "reduce/objects/FrameInfoReduceObject.h"
@@ -30,15 +29,6 @@ long long BytesRead(SGuid pixelType, uint64_t width, uint64_t height, const SRec
 }
 
 } // namespace
-
-bool CGenericFilter::Register()
-{
-    filterFactory()->Register<CGenericFilter>(kName, {pixelGrayscale, pixelRGB, pixelYUV});
-    // The camera table has no row of this filter's own: the roots it claims
-    // come with the base library.
-    RegisterPixelTypeRows(kName);
-    return true;
-}
 
 bool CGenericFilter::HasPixels(SGuid) const { return false; }
 

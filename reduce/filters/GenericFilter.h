@@ -5,19 +5,17 @@
 // derived from them).
 #include <cstdint>
 
-#include "reduce/filters/Filter.h"
+#include "reduce/filters/NamedFilter.h"
 
 namespace orv::reduce {
 
-class CGenericFilter : public IFilter {
+class CGenericFilter : public TNamedFilter<CGenericFilter, IFilter> {
 public:
     static constexpr const char* kName = "Generic";
+    // The camera table has no row of this filter's own: the roots it claims
+    // come with the base library.
+    static constexpr SGuid kPixelTypes[] = {pixelGrayscale, pixelRGB, pixelYUV};
 
-    // Enters the filter into filterFactory(); true in every case. Called once,
-    // from the built-in filter list.
-    static bool Register();
-
-    const char* GetName() const override { return kName; }
     bool HasPixels(SGuid pixelType) const override;
     bool GetPixels(unsigned char* frame, SGuid pixelType, uint16_t width, uint16_t height, uint32_t frameSize,
                    void** pixels, int& stride) override;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "reduce/filters/FilterFactory.h"
-#include "reduce/filters/PixelTypes.h"
 #include "reduce/objects/FrameInfoReduceObject.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
 
@@ -185,23 +183,6 @@ bool CTLKFilter::ExtractHeader(unsigned char* frame, SGuid pixelType, uint16_t w
     // Never more than the frame holds.
     const uint32_t n = std::min({headerSize, outSize, frame ? frameSize : 0u});
     if (n) std::memcpy(out, frame, n);
-    return true;
-}
-
-CTLKFilterRV::CTLKFilterRV() : CTLKFilter(guidTLKRV, guidTLKRVHdr, false) {}
-CTLKFilterMX::CTLKFilterMX() : CTLKFilter(guidTLKMX, guidTLKMXHdr, true) {}
-
-bool CTLKFilterRV::Register()
-{
-    filterFactory()->Register<CTLKFilterRV>(kName, {guidTLKRV, guidTLKRVHdr});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
-
-bool CTLKFilterMX::Register()
-{
-    filterFactory()->Register<CTLKFilterMX>(kName, {guidTLKMX, guidTLKMXHdr});
-    RegisterPixelTypeRows(kName);
     return true;
 }
 

@@ -15,7 +15,8 @@
 #include <cstdint>
 
 #include "orv/PixelType.h"
-#include "reduce/filters/Filter.h"
+#include "reduce/filters/NamedFilter.h"
+#include "reduce/filters/PixelTypes.h"
 #include "reduce/filters/TLKHeader.h"
 
 namespace orv::reduce {
@@ -75,20 +76,18 @@ protected:
     bool m_mx;
 };
 
-class CTLKFilterRV : public CTLKFilter {
+class CTLKFilterRV : public TNamedFilter<CTLKFilterRV, CTLKFilter> {
 public:
     static constexpr const char* kName = "TLK-RV";
-    static bool Register();
-    CTLKFilterRV();
-    const char* GetName() const override { return kName; }
+    static constexpr SGuid kPixelTypes[] = {guidTLKRV, guidTLKRVHdr};
+    CTLKFilterRV() : TNamedFilter(guidTLKRV, guidTLKRVHdr, false) {}
 };
 
-class CTLKFilterMX : public CTLKFilter {
+class CTLKFilterMX : public TNamedFilter<CTLKFilterMX, CTLKFilter> {
 public:
     static constexpr const char* kName = "TLK-MX";
-    static bool Register();
-    CTLKFilterMX();
-    const char* GetName() const override { return kName; }
+    static constexpr SGuid kPixelTypes[] = {guidTLKMX, guidTLKMXHdr};
+    CTLKFilterMX() : TNamedFilter(guidTLKMX, guidTLKMXHdr, true) {}
 };
 
 // The extra entries of a decoded header in the variant's order (TLKEntries.cpp),

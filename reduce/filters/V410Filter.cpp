@@ -10,7 +10,6 @@
 #include "orv/Convert.h"
 #include "orv/Jpeg.h"
 #include "reduce/filters/BasicData.h"
-#include "reduce/filters/FilterFactory.h"
 #include "reduce/filters/PixelTypes.h"
 #include "reduce/filters/Yuv.h"
 
@@ -197,14 +196,6 @@ void DecodeBGR(unsigned char* out, const unsigned char* in, size_t width, size_t
 }
 
 } // namespace
-
-bool CV410Filter::Register()
-{
-    filterFactory()->Register<CV410Filter>(kName, {guidV410F7M0, guidV410FNM0, guidV410GIGE, guidV410GIGEFlip,
-                                                   guidV410UYVY, guidV410YUY2, guidV410BGR8, guidMJLSIR});
-    RegisterPixelTypeRows(kName);
-    return true;
-}
 
 bool CV410Filter::HasPixels(SGuid pixelType) const { return GroupOf(pixelType) == EGroup::ir; }
 
@@ -409,23 +400,18 @@ bool CV410Filter::StoreFrame(const unsigned char* frame, uint32_t frameSize, SGu
 {
     if (subFrames <= 1) return IFilter::StoreFrame(frame, frameSize, pixelType, width, height, subFrames,
                                                    subFrameIndex, out, outSize);
-    const uint64_t S = uint64_t(width) * height * 2;
-    if (S * subFrames > frameSize || (uint64_t(subFrameIndex) + 1) * S > frameSize) return false;
-    const uint64_t T = frameSize - S * subFrames;
-    // The slot must hold the sub-frame and the trailer; nothing is written past outSize.
-    if (!out || S + T > outSize) return false;
-    auto* o = static_cast<unsigned char*>(out);
-    std::memcpy(o, frame + subFrameIndex * S, S);
-    std::memcpy(o + S, frame + S * subFrames, T);
+    uint64_t T = 0;
+    unsigned char* t = CopySubFrame(frame, frameSize, width, height, subFrames, subFrameIndex, out, outSize, 0, T);
+    if (!t) return false;
 
     if (pixelType != guidV410F7M0 && pixelType != guidV410GIGE && pixelType != guidV410GIGEFlip) return true;
-    const Bytes trailer(o + S, T);
+    const Bytes trailer(t, T);
     if (MagicAt(trailer, kPrefixSize)) {
         unsigned counter = unsigned(trailer[12]) << 8 | trailer[13];
         if (subFrames == 2) counter = counter * 2 | subFrameIndex;
         else if (subFrames == 4) counter = counter * 4 | subFrameIndex;
-        o[S + 12] = static_cast<unsigned char>(counter >> 8);
-        o[S + 13] = static_cast<unsigned char>(counter);
+        t[12] = static_cast<unsigned char>(counter >> 8);
+        t[13] = static_cast<unsigned char>(counter);
         return true;
     }
     return MagicAt(trailer, 0);

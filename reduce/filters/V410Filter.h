@@ -18,20 +18,21 @@
 // sizes the caller gave: a frame too short for what it claims gives false.
 #include <cstdint>
 
-#include "reduce/filters/Filter.h"
+#include "reduce/filters/NamedFilter.h"
+#include "reduce/filters/PixelTypes.h"
 
 namespace orv::reduce {
 
-class CV410Filter : public IFilter {
+class CV410Filter : public TNamedFilter<CV410Filter, IFilter> {
 public:
     static constexpr const char* kName = "V410";
+    // guidMJPG is decoded when asked directly, but not claimed (PixelTypes.h).
+    static constexpr SGuid kPixelTypes[] = {guidV410F7M0, guidV410FNM0, guidV410GIGE, guidV410GIGEFlip,
+                                            guidV410UYVY, guidV410YUY2, guidV410BGR8, guidMJLSIR};
     // The word that starts a camera block, compared little-endian.
     static constexpr uint32_t kBlockMagic = 0x464646;
     static constexpr uint32_t kPrefixSize = 32;
 
-    static bool Register();
-
-    const char* GetName() const override { return kName; }
     bool HasPixels(SGuid pixelType) const override;
     bool GetPixels(unsigned char* frame, SGuid pixelType, uint16_t width, uint16_t height, uint32_t frameSize,
                    void** pixels, int& stride) override;
