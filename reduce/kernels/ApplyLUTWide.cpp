@@ -3,6 +3,7 @@
 // alone and chosen at run time.
 #include "reduce/kernels/LUTKernels.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -75,27 +76,96 @@ __attribute__((noinline)) void StatusBlock(const uint16_t* indices, unsigned cha
     std::memcpy(status, words, 16);
 }
 
+// Pixels of a per-preset call one by one, each through its preset's table.
+// Built for AVX2 like its caller: without, each call from the wide loop
+// measured three times slower.
+__attribute__((noinline, target("avx2"))) void PresetPixels(const uint16_t* src, const unsigned char* presets,
+                                                            float* dst, unsigned char* status, unsigned int n,
+                                                            const float* const* luts,
+                                                            const unsigned char* const* statuses,
+                                                            unsigned short low, unsigned short high)
+{
+    for (unsigned k = 0; k < n; ++k) {
+        const unsigned idx = LUTIndex(src[k], low, high);
+        dst[k] = luts[presets[k]][idx];
+        if (status) status[k] = statuses[presets[k]][idx];
+    }
+}
+
+// The run of zero status of each table a per-preset call meets, found when
+// first met; none for calls too small to pay for the scans.
+class CZeroRuns {
+public:
+    CZeroRuns(const unsigned char* const* statuses, bool scan, unsigned short low, unsigned short high)
+        : m_statuses(statuses), m_scan(scan), m_low(low), m_high(high)
+    {
+    }
+    SZeroRun Of(unsigned char preset)
+    {
+        if (!m_scan) return SZeroRun{1, 0};
+        if (!m_known[preset]) {
+            m_runs[preset] = LongestZeroRun(m_statuses[preset] + m_low, unsigned(m_high - m_low) + 1);
+            m_runs[preset].low += m_low, m_runs[preset].high += m_low;
+            m_known[preset] = true;
+        }
+        return m_runs[preset];
+    }
+
+private:
+    const unsigned char* const* m_statuses;
+    bool m_scan;
+    unsigned short m_low, m_high;
+    bool m_known[256] = {};
+    SZeroRun m_runs[256] = {};
+};
+
 // 16 pixels at a time: the indices limited in vector steps (kLimit), the
 // values assembled into vectors from single loads (an 8-wide gather costs
 // about 11 cycles on recent processors, more than eight loads and inserts).
 // Where all 16 indices lie in the table's run of zero status (zero.low ..
 // zero.high) the status is stored as zeros, otherwise looked up pixel by
-// pixel and stored as two words.
-template <bool kLimit>
-__attribute__((target("avx2"))) void U16Avx2(const uint16_t* __restrict src, float* __restrict dst,
-                                             unsigned char* __restrict status, unsigned int count,
-                                             const float* __restrict lut, const unsigned char* __restrict lutStatus,
-                                             unsigned short low, unsigned short high, SZeroRun zero)
+// pixel and stored as two words. With presets (kPresets), a block whose 16
+// pixels share their preset byte runs the same way with that preset's table
+// (luts and statuses by preset byte); a block of mixed presets goes pixel by
+// pixel.
+template <bool kLimit, bool kPresets>
+__attribute__((target("avx2"))) void U16Avx2(const uint16_t* __restrict src, const unsigned char* __restrict presets,
+                                             float* __restrict dst, unsigned char* __restrict status,
+                                             unsigned int count, const float* const* luts,
+                                             const unsigned char* const* statuses, unsigned short low,
+                                             unsigned short high, SZeroRun zero)
 {
     const __m256i lowIndex = _mm256_set1_epi16(short(low)), highIndex = _mm256_set1_epi16(short(high));
     // Unsigned 16-bit compares as signed ones on values with the top bit flipped.
-    const bool anyZero = zero.low <= zero.high;
     const __m256i flip = _mm256_set1_epi16(short(0x8000));
-    const __m256i zeroLow = _mm256_set1_epi16(short((anyZero ? zero.low : 1u) ^ 0x8000u));
-    const __m256i zeroHigh = _mm256_set1_epi16(short((anyZero ? zero.high : 0u) ^ 0x8000u));
+    auto zeroBound = [](SZeroRun z, bool high) {
+        const bool any = z.low <= z.high;
+        return short(((any ? (high ? z.high : z.low) : (high ? 0u : 1u))) ^ 0x8000u);
+    };
+    __m256i zeroLow = _mm256_set1_epi16(zeroBound(zero, false));
+    __m256i zeroHigh = _mm256_set1_epi16(zeroBound(zero, true));
+    const float* __restrict lut = luts[0];
+    const unsigned char* __restrict lutStatus = statuses[0];
+    CZeroRuns runs(statuses, kPresets && status && count >= kZeroRunPixels, low, high);
     alignas(32) uint16_t limited[16];
     unsigned int i = 0;
     for (; i + 16 <= count; i += 16) {
+        if constexpr (kPresets) {
+            const unsigned char first = presets[i];
+            const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(presets + i));
+            if (_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(char(first)))) != 0xFFFF) {
+                PresetPixels(src + i, presets + i, dst + i, status ? status + i : nullptr, 16, luts, statuses, low,
+                             high);
+                continue;
+            }
+            lut = luts[first];
+            lutStatus = statuses[first];
+            if (status) {
+                const SZeroRun z = runs.Of(first);
+                zeroLow = _mm256_set1_epi16(zeroBound(z, false));
+                zeroHigh = _mm256_set1_epi16(zeroBound(z, true));
+            }
+        }
         __m256i raw = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + i));
         const uint16_t* p = src + i;
         if constexpr (kLimit) {
@@ -123,7 +193,11 @@ __attribute__((target("avx2"))) void U16Avx2(const uint16_t* __restrict src, flo
         }
         StatusBlock(p, status + i, lutStatus);
     }
-    ApplyLUTU16Plain(src + i, dst + i, status ? status + i : nullptr, count - i, lut, lutStatus, low, high);
+    if constexpr (kPresets)
+        PresetPixels(src + i, presets + i, dst + i, status ? status + i : nullptr, count - i, luts, statuses, low,
+                     high);
+    else
+        ApplyLUTU16Plain(src + i, dst + i, status ? status + i : nullptr, count - i, lut, lutStatus, low, high);
 }
 
 } // namespace
@@ -141,11 +215,39 @@ bool ApplyLUTU16Wide(const uint16_t* src, float* dst, unsigned char* status, uns
         zero = LongestZeroRun(lutStatus + low, unsigned(high - low) + 1);
         zero.low += low, zero.high += low;
     }
-    if (low == 0 && high == 65535) U16Avx2<false>(src, dst, status, count, lut, lutStatus, low, high, zero);
-    else U16Avx2<true>(src, dst, status, count, lut, lutStatus, low, high, zero);
+    const float* const luts[1] = {lut};
+    const unsigned char* const statuses[1] = {lutStatus};
+    if (low == 0 && high == 65535)
+        U16Avx2<false, false>(src, nullptr, dst, status, count, luts, statuses, low, high, zero);
+    else U16Avx2<true, false>(src, nullptr, dst, status, count, luts, statuses, low, high, zero);
     return true;
 #else
     (void)src, (void)dst, (void)status, (void)count, (void)lut, (void)lutStatus, (void)low, (void)high;
+    return false;
+#endif
+}
+
+bool ApplyLUTU16PresetsWide(const uint16_t* src, const unsigned char* presets, float* dst, unsigned char* status,
+                            unsigned int count, const float* const* luts, const unsigned char* const* statuses,
+                            unsigned short low, unsigned short high)
+{
+#ifdef ORV_LUT_WIDE
+    static const bool avx2 = __builtin_cpu_supports("avx2");
+    if (!avx2 || low > high) return false;
+    // Presets that change from pixel to pixel leave the wide loop nothing to
+    // do: a sample of blocks spread over the call decides.
+    const unsigned blocks = count / 16, step = std::max(1u, blocks / 64);
+    unsigned sampled = 0, mixed = 0;
+    for (unsigned b = 0; b < blocks; b += step, ++sampled)
+        mixed += std::memcmp(presets + 16 * b, presets + 16 * b + 1, 15) != 0;
+    if (2 * mixed > sampled) return false;
+    if (low == 0 && high == 65535)
+        U16Avx2<false, true>(src, presets, dst, status, count, luts, statuses, low, high, SZeroRun{1, 0});
+    else U16Avx2<true, true>(src, presets, dst, status, count, luts, statuses, low, high, SZeroRun{1, 0});
+    return true;
+#else
+    (void)src, (void)presets, (void)dst, (void)status, (void)count, (void)luts, (void)statuses, (void)low,
+        (void)high;
     return false;
 #endif
 }

@@ -93,6 +93,12 @@ void ApplyLUTU16Plain(const uint16_t* src, float* dst, unsigned char* status, un
                       const unsigned char* lutStatus, unsigned short low, unsigned short high);
 bool ApplyLUTU16Wide(const uint16_t* src, float* dst, unsigned char* status, unsigned int count, const float* lut,
                      const unsigned char* lutStatus, unsigned short low, unsigned short high);
+// The same with a table per pixel by its preset byte (luts and statuses
+// indexed by the byte): blocks of pixels that share their preset take the
+// AVX2 loop with that table.
+bool ApplyLUTU16PresetsWide(const uint16_t* src, const unsigned char* presets, float* dst, unsigned char* status,
+                            unsigned int count, const float* const* luts, const unsigned char* const* statuses,
+                            unsigned short low, unsigned short high);
 inline void ApplyLUTU16(const uint16_t* src, float* dst, unsigned char* status, unsigned int count, const float* lut,
                         const unsigned char* lutStatus, unsigned short low, unsigned short high)
 {
@@ -166,6 +172,11 @@ void ApplyLUTWalk(const void* source, void* destination, unsigned char* status, 
         if (status) ApplyLUTDense<S, D, true, false>(src, dst, status, n, tables.lut, tables.status, low, high);
         else ApplyLUTDense<S, D, false, false>(src, dst, nullptr, n, tables.lut, tables.status, low, high);
         return;
+    }
+    if constexpr (std::is_same_v<W, SWalkCount> && std::is_same_v<Tables, SLUTPresets> &&
+                  std::is_same_v<S, uint16_t> && std::is_same_v<D, float>) {
+        if (ApplyLUTU16PresetsWide(src, tables.presets, dst, status, walk.count, tables.lut, tables.status, low, high))
+            return;
     }
     // The limits matter only where a source value can fall outside them.
     if constexpr (kNarrowUnsigned<S>) {

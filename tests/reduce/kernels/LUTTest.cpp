@@ -328,6 +328,38 @@ TEST(ApplyLUT, U16PathsCopyTheSameBits)
         EXPECT_EQ(std::memcmp(gotValues.data(), wantValues.data(), scene.size() * 4), 0);
         EXPECT_EQ(gotFlags, wantFlags);
     }
+    // Per-pixel presets: runs of one preset (blocks that take the wide loop
+    // with their preset's table and zero run) between mixed stretches, the
+    // same bits as the walker over a 32-bit source.
+    {
+        std::vector<float> lut2(kEntries), lut3(kEntries);
+        std::vector<unsigned char> ls2(kEntries), ls3(kEntries, 0);
+        for (unsigned k = 0; k < kEntries; ++k) {
+            lut2[k] = lut[(k * 7) % kEntries];
+            lut3[k] = -lut[k];
+            ls2[k] = k > 30000 ? 0x04 : 0;
+        }
+        float* luts[3] = {lut.data(), lut2.data(), lut3.data()};
+        unsigned char* flags[3] = {ls.data(), ls2.data(), ls3.data()};
+        std::vector<unsigned char> presets(scene.size());
+        for (unsigned i = 0; i < presets.size(); ++i)
+            presets[i] = (unsigned char)(i % 5000 < 4000 ? (i / 5000) % 3 : rng() % 3);
+        std::vector<uint32_t> scene32(scene.begin(), scene.end());
+        const unsigned n = unsigned(scene.size());
+        for (const auto& [low, high] : {std::pair<unsigned short, unsigned short>{0, 65535}, {1000, 50000}}) {
+            std::vector<float> wantValues(n), gotValues(n);
+            std::vector<unsigned char> wantFlags(n), gotFlags(n);
+            ApplyLUT(STypedData(scene32.data(), dtUInt32), presets.data(), STypedData(wantValues.data(), dtFlt32),
+                     wantFlags.data(), n, luts, flags, low, high);
+            ApplyLUT(STypedData(scene.data(), dtUInt16), presets.data(), STypedData(gotValues.data(), dtFlt32),
+                     gotFlags.data(), n, luts, flags, low, high);
+            EXPECT_EQ(std::memcmp(gotValues.data(), wantValues.data(), n * 4), 0) << low;
+            EXPECT_EQ(gotFlags, wantFlags) << low;
+            ApplyLUT(STypedData(scene.data(), dtUInt16), presets.data(), STypedData(gotValues.data(), dtFlt32),
+                     nullptr, n, luts, flags, low, high);
+            EXPECT_EQ(std::memcmp(gotValues.data(), wantValues.data(), n * 4), 0) << low;
+        }
+    }
     // An 8-bit source under a table that covers 0 .. 255 skips the limits too.
     std::vector<uint8_t> bytes(n);
     for (unsigned i = 0; i < n; ++i) bytes[i] = uint8_t(src[i]);
