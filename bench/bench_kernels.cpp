@@ -108,6 +108,24 @@ BENCHMARK(BM_ApplyLUTFullRangeStatus);
 BENCHMARK(BM_ApplyLUTFullRangeStatusPlain);
 BENCHMARK(BM_ApplyLUTFullRangeStatusWide);
 
+// A rectangle of 64 x 64 in the middle of the frame: 64 rows, each a call of
+// the dense loop, so what a call costs beyond its pixels shows.
+void BM_ApplyLUTRect64(benchmark::State& state)
+{
+    auto src = Counts();
+    std::vector<float> lut(65536, 1.5f), dst(64 * 64);
+    std::vector<unsigned char> lutStatus(65536, 0), status(64 * 64);
+    const SArea area{224, 288, 287, 351};
+    for (auto _ : state) {
+        ApplyLUT(STypedData(src.data(), dtUInt16), STypedData(dst.data(), dtFlt32), status.data(), kW, kH, area,
+                 lut.data(), lutStatus.data(), 0, 65535);
+        benchmark::DoNotOptimize(dst.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(int64_t(state.iterations()) * 64 * 64 * 5);
+}
+BENCHMARK(BM_ApplyLUTRect64);
+
 void NUC(benchmark::State& state, bool clamp)
 {
     auto src = Counts();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <optional>
 
 #if defined(__GNUC__) && defined(__x86_64__)
 #include <immintrin.h>
@@ -146,7 +147,9 @@ __attribute__((target("avx2"))) void U16Avx2(const uint16_t* __restrict src, con
     __m256i zeroHigh = _mm256_set1_epi16(zeroBound(zero, true));
     const float* __restrict lut = luts[0];
     const unsigned char* __restrict lutStatus = statuses[0];
-    CZeroRuns runs(statuses, kPresets && status && count >= kZeroRunPixels, low, high);
+    // Only per-preset calls keep runs: a region calls this once a row.
+    std::optional<CZeroRuns> runs;
+    if constexpr (kPresets) runs.emplace(statuses, status && count >= kZeroRunPixels, low, high);
     alignas(32) uint16_t limited[16];
     unsigned int i = 0;
     for (; i + 16 <= count; i += 16) {
@@ -161,7 +164,7 @@ __attribute__((target("avx2"))) void U16Avx2(const uint16_t* __restrict src, con
             lut = luts[first];
             lutStatus = statuses[first];
             if (status) {
-                const SZeroRun z = runs.Of(first);
+                const SZeroRun z = runs->Of(first);
                 zeroLow = _mm256_set1_epi16(zeroBound(z, false));
                 zeroHigh = _mm256_set1_epi16(zeroBound(z, true));
             }
