@@ -106,41 +106,29 @@ void BM_CountsToRadiance(benchmark::State& state)
 }
 BENCHMARK(BM_CountsToRadiance);
 
-// Per-pixel presets: the radiance and temperature of each pixel in one pass.
-void BM_CountsToTemperatureCoeffsPS(benchmark::State& state)
-{
-    SFrame f;
-    SRadianceParams r[8];
-    STemperatureParams t[8];
-    for (int p = 0; p < 8; ++p) {
-        r[p] = f.Radiance();
-        t[p] = STemperatureParams{nullptr, nullptr, 0, f.tempCoefs, 3};
-    }
-    const bool active[8] = {true, true};
-    Time(state, f.out, [&] {
-        CountsToTemperature(f.Src(), f.Dst(), f.preset.data(), kPixels, active, r, t, kCommon);
-    });
-}
-BENCHMARK(BM_CountsToTemperatureCoeffsPS);
-
-// The same with the presets' own coefficients (same orders): each pixel
-// takes its preset's, in the loops of the single-preset form.
-void BM_CountsToTemperatureCoeffsPSMixed(benchmark::State& state)
+// Per-pixel presets: the radiance and temperature of each pixel in one pass,
+// with the same coefficients for both presets, or (kOwn) preset 1 with its
+// own (same orders): each pixel then takes its preset's, in the loops of the
+// single-preset form.
+template <bool kOwn>
+void CountsToTemperatureCoeffsPS(benchmark::State& state)
 {
     SFrame f;
     double radianceCoefs[3] = {-1.9, 1.4e-3, 3e-9}, tempCoefs[4] = {-61.0, 24.0, -0.7, 0.021};
     SRadianceParams r[8];
     STemperatureParams t[8];
     for (int p = 0; p < 8; ++p) {
-        r[p] = p == 1 ? SRadianceParams{radianceCoefs, 2, 0.0, nullptr} : f.Radiance();
-        t[p] = STemperatureParams{nullptr, nullptr, 0, p == 1 ? tempCoefs : f.tempCoefs, 3};
+        const bool own = kOwn && p == 1;
+        r[p] = own ? SRadianceParams{radianceCoefs, 2, 0.0, nullptr} : f.Radiance();
+        t[p] = STemperatureParams{nullptr, nullptr, 0, own ? tempCoefs : f.tempCoefs, 3};
     }
     const bool active[8] = {true, true};
     Time(state, f.out, [&] {
         CountsToTemperature(f.Src(), f.Dst(), f.preset.data(), kPixels, active, r, t, kCommon);
     });
 }
-BENCHMARK(BM_CountsToTemperatureCoeffsPSMixed);
+BENCHMARK(CountsToTemperatureCoeffsPS<false>)->Name("BM_CountsToTemperatureCoeffsPS");
+BENCHMARK(CountsToTemperatureCoeffsPS<true>)->Name("BM_CountsToTemperatureCoeffsPSMixed");
 
 // Per preset, one table for both presets.
 void BM_CountsToTemperatureLookupPS(benchmark::State& state)

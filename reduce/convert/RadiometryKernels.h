@@ -597,6 +597,11 @@ inline bool SameValues(const double* a, const double* b, int n)
 {
     return n <= 0 || a == b || std::memcmp(a, b, size_t(n) * sizeof(double)) == 0;
 }
+// Two temperature tables, rows and temperatures, the same to the bit.
+inline bool SameTable(const double* t, const double* temp, int size, const double* t2, const double* temp2, int size2)
+{
+    return size == size2 && SameValues(t, t2, size) && SameValues(temp, temp2, size);
+}
 
 // Planck's law inverted at the middle of the band. Its constants 11910.66
 // and 14388.3 differ from the 11910.7 and 14388.4 of Radiance on purpose, so
@@ -712,8 +717,8 @@ struct TLookupPS {
                 const int size = a.sizes[first];
                 bool one = size >= 2;
                 for (unsigned p = first + 1; one && p <= kPresetMask; ++p)
-                    one = !(met >> p & 1) || (a.sizes[p] == size && SameValues(a.tables[p], a.tables[first], size) &&
-                                              SameValues(a.temperatures[p], a.temperatures[first], size));
+                    one = !(met >> p & 1) || SameTable(a.tables[p], a.temperatures[p], a.sizes[p], a.tables[first],
+                                                       a.temperatures[first], size);
                 if (one) {
                     const CLookupRows rows(a.tables[first], a.temperatures[first], size, grid);
                     return WithScale<tempCelsius>(a.tempType, [&]<ETempType To>() {
@@ -845,10 +850,7 @@ inline ELikeness TempLikeness(const STempMethod& a, const STempMethod& b)
     if (a.method != b.method) return likeNone;
     switch (a.method) {
     case methodLookup:
-        return a.size == b.size && SameValues(a.table, b.table, a.size) &&
-                       SameValues(a.temperatures, b.temperatures, a.size)
-                   ? likeFull
-                   : likeForm;
+        return SameTable(a.table, a.temperatures, a.size, b.table, b.temperatures, b.size) ? likeFull : likeForm;
     case methodCoeffs:
         if (a.order != b.order) return likeNone;
         return SameValues(a.coefficients, b.coefficients, a.order + 1) ? likeFull : likeForm;

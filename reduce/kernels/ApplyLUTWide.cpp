@@ -77,6 +77,12 @@ __attribute__((noinline)) void StatusBlock(const uint16_t* indices, unsigned cha
     std::memcpy(status, words, 16);
 }
 
+bool HasAvx2()
+{
+    static const bool avx2 = __builtin_cpu_supports("avx2");
+    return avx2;
+}
+
 // Pixels of a per-preset call one by one, each through its preset's table.
 // Built for AVX2 like its caller: without, each call from the wide loop
 // measured three times slower.
@@ -93,8 +99,22 @@ __attribute__((noinline, target("avx2"))) void PresetPixels(const uint16_t* src,
     }
 }
 
+// The zero run of a table within low .. high, for calls with status of a
+// few thousand pixels; the scan costs a few microseconds.
+SZeroRun ZeroRunWithin(const unsigned char* lutStatus, bool scan, unsigned short low, unsigned short high)
+{
+    if (!scan) return SZeroRun{1, 0};
+    SZeroRun run = LongestZeroRun(lutStatus + low, unsigned(high - low) + 1);
+    run.low += low, run.high += low;
+    return run;
+}
+bool WorthZeroRuns(const unsigned char* status, unsigned int count)
+{
+    return status && count >= kZeroRunPixels;
+}
+
 // The run of zero status of each table a per-preset call meets, found when
-// first met; none for calls too small to pay for the scans.
+// first met.
 class CZeroRuns {
 public:
     CZeroRuns(const unsigned char* const* statuses, bool scan, unsigned short low, unsigned short high)
@@ -103,10 +123,8 @@ public:
     }
     SZeroRun Of(unsigned char preset)
     {
-        if (!m_scan) return SZeroRun{1, 0};
         if (!m_known[preset]) {
-            m_runs[preset] = LongestZeroRun(m_statuses[preset] + m_low, unsigned(m_high - m_low) + 1);
-            m_runs[preset].low += m_low, m_runs[preset].high += m_low;
+            m_runs[preset] = ZeroRunWithin(m_statuses[preset], m_scan, m_low, m_high);
             m_known[preset] = true;
         }
         return m_runs[preset];
@@ -149,7 +167,7 @@ __attribute__((target("avx2"))) void U16Avx2(const uint16_t* __restrict src, con
     const unsigned char* __restrict lutStatus = statuses[0];
     // Only per-preset calls keep runs: a region calls this once a row.
     std::optional<CZeroRuns> runs;
-    if constexpr (kPresets) runs.emplace(statuses, status && count >= kZeroRunPixels, low, high);
+    if constexpr (kPresets) runs.emplace(statuses, WorthZeroRuns(status, count), low, high);
     alignas(32) uint16_t limited[16];
     unsigned int i = 0;
     for (; i + 16 <= count; i += 16) {
@@ -210,14 +228,8 @@ bool ApplyLUTU16Wide(const uint16_t* src, float* dst, unsigned char* status, uns
                      const unsigned char* lutStatus, unsigned short low, unsigned short high)
 {
 #ifdef ORV_LUT_WIDE
-    static const bool avx2 = __builtin_cpu_supports("avx2");
-    if (!avx2 || low > high) return false;
-    // The scan costs a few microseconds: worth it from a few thousand pixels.
-    SZeroRun zero{1, 0};
-    if (status && count >= kZeroRunPixels) {
-        zero = LongestZeroRun(lutStatus + low, unsigned(high - low) + 1);
-        zero.low += low, zero.high += low;
-    }
+    if (!HasAvx2() || low > high) return false;
+    const SZeroRun zero = ZeroRunWithin(lutStatus, WorthZeroRuns(status, count), low, high);
     const float* const luts[1] = {lut};
     const unsigned char* const statuses[1] = {lutStatus};
     if (low == 0 && high == 65535)
@@ -235,8 +247,7 @@ bool ApplyLUTU16PresetsWide(const uint16_t* src, const unsigned char* presets, f
                             unsigned short low, unsigned short high)
 {
 #ifdef ORV_LUT_WIDE
-    static const bool avx2 = __builtin_cpu_supports("avx2");
-    if (!avx2 || low > high) return false;
+    if (!HasAvx2() || low > high) return false;
     // Presets that change from pixel to pixel leave the wide loop nothing to
     // do: a sample of blocks spread over the call decides.
     const unsigned blocks = count / 16, step = std::max(1u, blocks / 64);
