@@ -870,6 +870,51 @@ ELikeness Likeness(unsigned met, const T* preset, L like, unsigned& first)
     return least;
 }
 
+// Per-preset polynomials in blocks of at most kPresetBlock values, through
+// the stack: the block's values in double, then the polynomial of each of
+// them with its preset's coefficients, four at a time.
+constexpr unsigned int kPresetBlock = 256;
+constexpr int kPresetLaneValues = 7;
+
+// out[k] = TempPoly<N>(v[k] / em, coefs[pi[k] & kPresetMask]), to the bit;
+// v may be out; high when a preset above 3 may occur.
+template <int N>
+void TempPolyPresets(const double* v, double* out, unsigned int n, const unsigned char* pi,
+                     const double (*coefs)[kPresetLaneValues], double em, bool high);
+
+// out[k] = RadiancePoly<F>(v[k], c, 0, c[nc + 1], c[nc]) with c the
+// values of pixel k's preset: its nc coefficients, its scale, its
+// background; F a form with coefficients. v may be out.
+template <int F>
+void RadiancePolyPresets(const double* v, double* out, unsigned int n, const unsigned char* pi,
+                         const double (*values)[kPresetLaneValues], bool high);
+
+// A per-preset run of n values from s into d (s may be d) in blocks on the
+// stack: poly(v, out, count, pi) takes a block's values in double and gives
+// their results, Celsius for temperatures, which are stored in scale To.
+// Each step is a loop of its own, which the compiler vectorises.
+template <ETempType To, class S, class D, class P>
+void PresetBlocks(const S* s, D* d, unsigned int n, const unsigned char* pi, P poly)
+{
+    const auto load = [](const S* __restrict from, double* __restrict to, unsigned int count) {
+        for (unsigned int k = 0; k < count; ++k) to[k] = ConvertValue<double>(from[k]);
+    };
+    const auto store = [](const double* __restrict from, D* __restrict to, unsigned int count) {
+        for (unsigned int k = 0; k < count; ++k) to[k] = ConvertValue<D>(ConvertScale<tempCelsius, To>(from[k]));
+    };
+    double v[kPresetBlock];
+    for (unsigned int k0 = 0; k0 < n; k0 += kPresetBlock) {
+        const unsigned int count = std::min(kPresetBlock, n - k0);
+        if constexpr (std::is_same_v<S, double>) {
+            poly(s + k0, v, count, pi + k0);
+        } else {
+            load(s + k0, v, count);
+            poly(v, v, count, pi + k0);
+        }
+        store(v, d + k0, count);
+    }
+}
+
 // The radiance of a dense run of a per-preset call: n values from s into d,
 // flat the run's place in the frame. One preset's kernel when all presets
 // met compute alike; else, with one form, that form's loop with each
@@ -886,19 +931,20 @@ void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS&
     }
     const unsigned char* pi = set.presetIndex + flat;
     WithRadianceForm(set.preset[first].order, [&]<int F>() {
-        constexpr int nc = kRadianceCoefs<F> ? kRadianceCoefs<F> : 1;
-        // Only the presets met are read: the others' records may be empty.
-        double c[kPresetMask + 1][nc] = {}, scale[kPresetMask + 1] = {}, b[kPresetMask + 1] = {};
+        constexpr int nc = kRadianceCoefs<F>;
+        // Each preset's coefficients, scale and background value; only the
+        // presets met are read: the others' records may be empty.
+        double values[kPresetMask + 1][kPresetLaneValues] = {};
         const double* image[kPresetMask + 1] = {};
         for (unsigned p = 0; p <= kPresetMask; ++p) {
             if (!(met >> p & 1)) continue;
             const SPoly& q = set.preset[p];
-            for (int i = 0; i < kRadianceCoefs<F>; ++i) c[p][i] = q.coefficients[i];
-            scale[p] = q.scale;
-            b[p] = q.background;
+            for (int i = 0; i < nc; ++i) values[p][i] = q.coefficients[i];
+            values[p][nc] = q.scale;
+            values[p][nc + 1] = q.background;
             image[p] = q.backgroundImage ? q.backgroundImage + flat : nullptr;
         }
-        if constexpr (kRadianceCoefs<F> == 0) {
+        if constexpr (nc == 0) {
             for (unsigned int k = 0; k < n; ++k) {
                 const SPoly& q = set.preset[pi[k] & kPresetMask];
                 d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), q.coefficients, q.order, 0.0, q.scale));
@@ -906,13 +952,14 @@ void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS&
         } else if (UsesBackground(F) && image[first]) {
             for (unsigned int k = 0; k < n; ++k) {
                 const unsigned p = pi[k] & kPresetMask;
-                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), c[p], 0, image[p][k], scale[p]));
+                const double r = RadiancePoly<F>(ConvertValue<double>(s[k]), values[p], 0, image[p][k], values[p][nc]);
+                d[k] = ConvertValue<D>(r);
             }
         } else {
-            for (unsigned int k = 0; k < n; ++k) {
-                const unsigned p = pi[k] & kPresetMask;
-                d[k] = ConvertValue<D>(RadiancePoly<F>(ConvertValue<double>(s[k]), c[p], 0, b[p], scale[p]));
-            }
+            PresetBlocks<tempCelsius>(s, d, n, pi,
+                                      [&](const double* v, double* out, unsigned int count, const unsigned char* p) {
+                                          RadiancePolyPresets<F>(v, out, count, p, values, met > 15);
+                                      });
         }
     });
 }
@@ -923,7 +970,7 @@ struct SPresetTemps {
     unsigned met = 0, first = 0;
     ELikeness like = likeNone;
     SPlanck planck{0.0, 0.0, 1.0};
-    double coefs[kPresetMask + 1][7] = {};
+    double coefs[kPresetMask + 1][kPresetLaneValues] = {};
     CLookupRows rows[kPresetMask + 1];
 
     SPresetTemps(const STempSet& s, unsigned presetsMet, size_t pixels)
@@ -981,7 +1028,10 @@ void TemperatureRunPS(const S* s, D* d, unsigned int n, const unsigned char* pi,
                 const TCoefs<N + 1> c(t.coefs[t.first]);
                 each([&](double x, unsigned int) { return TempPoly<N>(x, c.c); });
             } else {
-                each([&](double x, unsigned int k) { return TempPoly<N>(x, t.coefs[pi[k] & kPresetMask]); });
+                PresetBlocks<To>(s, d, n, pi,
+                                 [&](const double* v, double* out, unsigned int count, const unsigned char* p) {
+                                     TempPolyPresets<N>(v, out, count, p, t.coefs, em, t.met > 15);
+                                 });
             }
         });
         return;

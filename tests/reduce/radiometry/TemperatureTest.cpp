@@ -476,6 +476,59 @@ TEST(Temperature, PerPresetFormsMatchEachPixelsOwnPreset)
             }
 }
 
+// Presets whose polynomials differ only in their values are computed four
+// pixels at a time with each pixel's coefficients: every form and order,
+// presets above 3 or not, runs of a length that leaves a tail, double and
+// float sources, against each pixel converted alone.
+TEST(Temperature, PerPresetPolynomialsOfEveryOrderMatchEachPixelAlone)
+{
+    const unsigned n = 611;
+    std::vector<uint16_t> counts(n);
+    std::vector<double> radiance(n);
+    std::vector<float> radianceF(n);
+    for (unsigned i = 0; i < n; ++i) {
+        counts[i] = uint16_t(100 + (i * 2654435761u >> 20) % 3000);
+        radiance[i] = 0.5 + 0.01 * ((i * 40503u) % 2000);
+        radianceF[i] = float(radiance[i]);
+    }
+    double coefs[8][7];
+    for (int p = 0; p < 8; ++p)
+        for (int i = 0; i < 7; ++i) coefs[p][i] = (i % 2 ? -1.0 : 1.0) * (1.0 + 0.37 * p + 0.11 * i) / std::pow(7.0, i);
+    const SCommonParams common{1.1, 0.95, tempKelvin, 12.0, 8.0};
+    const bool active[8] = {true, true, true, true, true, true, true, true};
+    for (const auto& used : {std::vector<unsigned char>{1, 2, 1, 3}, std::vector<unsigned char>{6, 1, 7, 7, 4, 0}}) {
+        std::vector<unsigned char> preset(n);
+        for (unsigned i = 0; i < n; ++i) preset[i] = used[(i * 7 + i / 5) % used.size()];
+        for (int order : {1, 2, 3, 4, -1, -2}) {
+            SCOPED_TRACE(::testing::Message() << "radiance order " << order << ", preset " << int(used[0]));
+            SRadianceParams r[8];
+            for (int p = 0; p < 8; ++p) r[p] = SRadianceParams{coefs[p], order, 100.0 * p, nullptr};
+            std::vector<double> got(n), want(n);
+            ASSERT_TRUE(CountsToRadiance(Typed(counts), Typed(got), preset.data(), n, active, r, common));
+            for (unsigned i = 0; i < n; ++i)
+                ASSERT_TRUE(CountsToRadiance(STypedData(&counts[i], dtUInt16), STypedData(&want[i], dtFlt64), 1,
+                                             r[preset[i]], common));
+            ASSERT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(double)), 0);
+        }
+        for (int order = 1; order <= 6; ++order) {
+            SCOPED_TRACE(::testing::Message() << "temperature order " << order << ", preset " << int(used[0]));
+            STemperatureParams t[8];
+            for (int p = 0; p < 8; ++p) t[p] = STemperatureParams{nullptr, nullptr, 0, coefs[p], order};
+            std::vector<double> got(n), want(n), gotF(n), wantF(n);
+            ASSERT_TRUE(RadianceToTemperature(Typed(radiance), Typed(got), preset.data(), n, active, t, common));
+            ASSERT_TRUE(RadianceToTemperature(Typed(radianceF), Typed(gotF), preset.data(), n, active, t, common));
+            for (unsigned i = 0; i < n; ++i) {
+                ASSERT_TRUE(RadianceToTemperature(STypedData(&radiance[i], dtFlt64), STypedData(&want[i], dtFlt64), 1,
+                                                  t[preset[i]], common));
+                ASSERT_TRUE(RadianceToTemperature(STypedData(&radianceF[i], dtFlt32), STypedData(&wantF[i], dtFlt64),
+                                                  1, t[preset[i]], common));
+            }
+            ASSERT_EQ(std::memcmp(got.data(), want.data(), n * sizeof(double)), 0);
+            ASSERT_EQ(std::memcmp(gotF.data(), wantF.data(), n * sizeof(double)), 0);
+        }
+    }
+}
+
 TEST(Temperature, RegionFormsGatherInRegionOrder)
 {
     const SRegions r;
