@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Times `orvreduce convert` of a 1,000-frame 640 x 512 synthetic recording to
 # .npy and .tiff with 1, 2 and all threads (wall time, frames per second, peak
-# resident size from /usr/bin/time -v), and numpy doing the same conversion
-# of the same raw frames. Prints the machine's load beside the figures: the
+# resident size from /usr/bin/time -v), beside the time of writing the same
+# bytes with nothing to compute, and numpy doing the same conversion of the
+# same raw frames. Prints the machine's load beside the figures: the
 # numbers mean little on a busy machine.
 #
 #   [TMPDIR=/dev/shm] bench/program_convert.sh [BUILD_DIR] [FRAMES]    (defaults: build, 1000)
@@ -34,6 +35,13 @@ run() {
   awk -v l="$label" -v w="$wall" -v f="$FRAMES" -v r="$rss" \
     'BEGIN {printf "%-22s %7.2f s %8.0f frames/s %6d MB peak\n", l, w, f / w, r}'
 }
+
+# The floor under any conversion to .npy: writing the same bytes, from a
+# plain loop with nothing to compute (the file system's write path; on tmpfs
+# one file's writes do not run in parallel).
+run "write floor (dd)" dd if=/dev/zero of="$WORK/floor.bin" bs=4M status=none \
+  count=$(((FRAMES * 640 * 512 * 4 + 4194303) / 4194304))
+rm -f "$WORK/floor.bin"
 
 for ext in npy tiff; do
   for threads in $(printf "%s\n" 1 2 "$CORES" | sort -un); do
