@@ -17,7 +17,7 @@ typedef int32_t V8i __attribute__((vector_size(32)));
 // so that each shuffle is one permute; with no preset above 3 met, hi is
 // never read.
 template <int M>
-inline void PresetPairs(const double (*values)[kPresetLaneValues], V4d (&lo)[M], V4d (&hi)[M])
+inline void PresetPairs(const double (*values)[kPresetValues], V4d (&lo)[M], V4d (&hi)[M])
 {
     for (int i = 0; i < M; ++i) {
         lo[i] = V4d{values[0][i], values[1][i], values[2][i], values[3][i]};
@@ -37,7 +37,7 @@ inline void PresetIndices(const unsigned char* pi, V8i& idx)
 
 template <int N, bool kHigh>
 ORV_VECTOR_CLONES void TempPolyPresetsOf(const double* v, double* out, unsigned int n, const unsigned char* pi,
-                                         const double (*coefs)[kPresetLaneValues], double em)
+                                         const double (*coefs)[kPresetValues], double em)
 {
     V4d lo[N + 1], hi[N + 1];
     PresetPairs(coefs, lo, hi);
@@ -65,7 +65,7 @@ ORV_VECTOR_CLONES void TempPolyPresetsOf(const double* v, double* out, unsigned 
 // background value), each written as RadiancePoly writes it.
 template <int F, bool kHigh>
 ORV_VECTOR_CLONES void RadiancePolyPresetsOf(const double* v, double* out, unsigned int n, const unsigned char* pi,
-                                             const double (*values)[kPresetLaneValues])
+                                             const double (*values)[kPresetValues])
 {
     constexpr int nc = kRadianceCoefs<F>;
     V4d lo[nc + 2], hi[nc + 2];
@@ -105,7 +105,7 @@ ORV_VECTOR_CLONES void RadiancePolyPresetsOf(const double* v, double* out, unsig
 
 template <int N>
 void TempPolyPresets(const double* v, double* out, unsigned int n, const unsigned char* pi,
-                     const double (*coefs)[kPresetLaneValues], double em, bool high)
+                     const double (*coefs)[kPresetValues], double em, bool high)
 {
     if (high) TempPolyPresetsOf<N, true>(v, out, n, pi, coefs, em);
     else TempPolyPresetsOf<N, false>(v, out, n, pi, coefs, em);
@@ -113,7 +113,7 @@ void TempPolyPresets(const double* v, double* out, unsigned int n, const unsigne
 
 template <int F>
 void RadiancePolyPresets(const double* v, double* out, unsigned int n, const unsigned char* pi,
-                         const double (*values)[kPresetLaneValues], bool high)
+                         const double (*values)[kPresetValues], bool high)
 {
     if (high) RadiancePolyPresetsOf<F, true>(v, out, n, pi, values);
     else RadiancePolyPresetsOf<F, false>(v, out, n, pi, values);
@@ -121,7 +121,7 @@ void RadiancePolyPresets(const double* v, double* out, unsigned int n, const uns
 
 #define ORV_RADIANCE_POLY_PRESETS(F)                                                                                \
     template void RadiancePolyPresets<F>(const double*, double*, unsigned int, const unsigned char*,               \
-                                         const double (*)[kPresetLaneValues], bool)
+                                         const double (*)[kPresetValues], bool)
 ORV_RADIANCE_POLY_PRESETS(1);
 ORV_RADIANCE_POLY_PRESETS(2);
 ORV_RADIANCE_POLY_PRESETS(3);
@@ -132,7 +132,7 @@ ORV_RADIANCE_POLY_PRESETS(-2);
 
 #define ORV_TEMP_POLY_PRESETS(N)                                                                                    \
     template void TempPolyPresets<N>(const double*, double*, unsigned int, const unsigned char*,                   \
-                                     const double (*)[kPresetLaneValues], double, bool)
+                                     const double (*)[kPresetValues], double, bool)
 ORV_TEMP_POLY_PRESETS(1);
 ORV_TEMP_POLY_PRESETS(2);
 ORV_TEMP_POLY_PRESETS(3);

@@ -874,20 +874,22 @@ ELikeness Likeness(unsigned met, const T* preset, L like, unsigned& first)
 // the stack: the block's values in double, then the polynomial of each of
 // them with its preset's coefficients, four at a time.
 constexpr unsigned int kPresetBlock = 256;
-constexpr int kPresetLaneValues = 7;
+// The most values a preset's polynomial reads: seven temperature
+// coefficients, or five radiance coefficients, the scale and the background.
+constexpr int kPresetValues = 7;
 
 // out[k] = TempPoly<N>(v[k] / em, coefs[pi[k] & kPresetMask]), to the bit;
 // v may be out; high when a preset above 3 may occur.
 template <int N>
 void TempPolyPresets(const double* v, double* out, unsigned int n, const unsigned char* pi,
-                     const double (*coefs)[kPresetLaneValues], double em, bool high);
+                     const double (*coefs)[kPresetValues], double em, bool high);
 
 // out[k] = RadiancePoly<F>(v[k], c, 0, c[nc + 1], c[nc]) with c the
 // values of pixel k's preset: its nc coefficients, its scale, its
 // background; F a form with coefficients. v may be out.
 template <int F>
 void RadiancePolyPresets(const double* v, double* out, unsigned int n, const unsigned char* pi,
-                         const double (*values)[kPresetLaneValues], bool high);
+                         const double (*values)[kPresetValues], bool high);
 
 // A per-preset run of n values from s into d (s may be d) in blocks on the
 // stack: poly(v, out, count, pi) takes a block's values in double and gives
@@ -934,7 +936,7 @@ void RadianceRunPS(const S* s, D* d, unsigned int n, size_t flat, const SPolyPS&
         constexpr int nc = kRadianceCoefs<F>;
         // Each preset's coefficients, scale and background value; only the
         // presets met are read: the others' records may be empty.
-        double values[kPresetMask + 1][kPresetLaneValues] = {};
+        double values[kPresetMask + 1][kPresetValues] = {};
         const double* image[kPresetMask + 1] = {};
         for (unsigned p = 0; p <= kPresetMask; ++p) {
             if (!(met >> p & 1)) continue;
@@ -970,7 +972,7 @@ struct SPresetTemps {
     unsigned met = 0, first = 0;
     ELikeness like = likeNone;
     SPlanck planck{0.0, 0.0, 1.0};
-    double coefs[kPresetMask + 1][kPresetLaneValues] = {};
+    double coefs[kPresetMask + 1][kPresetValues] = {};
     CLookupRows rows[kPresetMask + 1];
 
     SPresetTemps(const STempSet& s, unsigned presetsMet, size_t pixels)
