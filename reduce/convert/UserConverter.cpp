@@ -43,12 +43,6 @@ TSharedPtr<CRCalReduceObject> FindCalibration(CReduceObjectArray& objs)
                ? CountsToTemperature(src, dst, __VA_ARGS__, RADIANCE, TEMPERATURE, commonParams)          \
                : CountsToRadiance(src, dst, __VA_ARGS__, RADIANCE, commonParams))
 
-bool CUserConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<CUserConverter>::Create,
-                                        &TConverterCreator<CUserConverter>::Destroy);
-}
-
 bool CUserConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts && base != unitRadianceUser) return false;

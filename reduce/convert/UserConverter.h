@@ -7,13 +7,13 @@
 #include "orv/Array.h"
 #include "orv/SharedPtr.h"
 #include "reduce/convert/ConverterFactory.h"
+#include "reduce/convert/NamedConverter.h"
 #include "reduce/convert/TemperatureKernels.h"
 #include "reduce/objects/RCalReduceObject.h"
 
 namespace orv::reduce {
 
-
-class CUserConverter : public IConverter {
+class CUserConverter : public TNamedConverter<CUserConverter, IConverter> {
 public:
     static constexpr const char* kName = "UserConverter";
     static constexpr unsigned char kIDBytes[16] = {0x62, 0xc0, 0xa4, 0x10, 0xd2, 0x25, 0xef, 0x4e,
@@ -21,16 +21,12 @@ public:
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
     static constexpr unsigned int kLUTSize = 0x10000;
 
-    static bool Register();
     // Base 0 offers 0, 1, 2; base 1 offers 1, 2; both need a calibration with
     // coefficients.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CUserConverter();
     ~CUserConverter() override;
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     // False only without a calibration object.
     bool Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,

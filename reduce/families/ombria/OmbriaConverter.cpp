@@ -40,12 +40,6 @@ SObjectParams FromObject(const CObjectParametersReduceObject& p)
 
 } // namespace
 
-bool COmbriaConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<COmbriaConverter>::Create,
-                                        &TConverterCreator<COmbriaConverter>::Destroy);
-}
-
 bool COmbriaConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts) return false;
@@ -57,7 +51,7 @@ bool COmbriaConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceO
     return true;
 }
 
-COmbriaConverter::COmbriaConverter() : CPresetTableConverter(1, static_cast<unsigned short>(kLUTSize - 1)) {}
+COmbriaConverter::COmbriaConverter() : TNamedConverter(1, static_cast<unsigned short>(kLUTSize - 1)) {}
 
 COmbriaConverter::~COmbriaConverter()
 {

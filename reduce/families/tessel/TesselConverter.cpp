@@ -94,13 +94,6 @@ void TesselRecords(const CTesselFactoryCalReduceObject& cal, _adjust_par_t& a, _
     d.driftOn = c.driftK0 > 0.0f;
 }
 
-bool CTesselConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits,
-                                        &TConverterCreator<CTesselConverter>::Create,
-                                        &TConverterCreator<CTesselConverter>::Destroy);
-}
-
 bool CTesselConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts) return false;
@@ -112,7 +105,7 @@ bool CTesselConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceO
     return true;
 }
 
-CTesselConverter::CTesselConverter() : CPresetTableConverter(kPresets, kHigh)
+CTesselConverter::CTesselConverter() : TNamedConverter(kPresets, kHigh)
 {
     for (CTesMeasConv*& c : conv) c = new CTesMeasConv;
 }
