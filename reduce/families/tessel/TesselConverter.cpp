@@ -24,21 +24,11 @@ TSharedPtr<CTesselFactoryCalReduceObject> Calibration(CReduceObjectArray& objs, 
 
 _object_par_t ObjectRecord(const CObjectParametersReduceObject* p)
 {
+    if (p) return ObjectParamsAs<_object_par_t>(*p);
+    // What a recording without object parameters is taken to show.
     _object_par_t o;
-    if (!p) {
-        // What a recording without object parameters is taken to show.
-        o.distance = 2.0f;
-        o.relativeHumidity = 0.3f;
-        return o;
-    }
-    o.emissivity = p->emissivity;
-    o.distance = p->distance;
-    o.reflectedTemp = p->reflectedTemp;
-    o.atmosphereTemp = p->atmosphereTemp;
-    o.extOpticsTemp = p->extOpticsTemp;
-    o.extOpticsTransmission = p->extOpticsTransmission;
-    o.estAtmosphericTransmission = p->estAtmosphericTransmission;
-    o.relativeHumidity = p->relativeHumidity;
+    o.distance = 2.0f;
+    o.relativeHumidity = 0.3f;
     return o;
 }
 
