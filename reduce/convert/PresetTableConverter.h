@@ -4,7 +4,8 @@
 // builds a preset's table (PresetTable) and says which preset serves a frame
 // and which presets have a table of their own; the region forms then run the
 // look-up kernel with that table, or with each pixel's own by its preset
-// byte. TPresetTableConverter adds tables the converter keeps itself.
+// byte. TPresetTableStore adds tables the converter keeps itself, and
+// TPresetTableConverter builds them through a virtual UpdateLUT.
 #include "reduce/convert/ConverterFactory.h"
 
 namespace orv::reduce {
@@ -46,14 +47,14 @@ private:
 };
 
 // Tables the converter keeps itself: Size entries and as many status bytes
-// for each of N presets, each built by UpdateLUT when first needed after it
-// was marked out of date.
+// for each of N presets, each built by the derived converter (BuildTable)
+// when first needed after it was marked out of date.
 template <int N, unsigned int Size>
-class TPresetTableConverter : public CPresetTableConverter {
+class TPresetTableStore : public CPresetTableConverter {
 public:
     static constexpr unsigned int kLUTSize = Size;
 
-    ~TPresetTableConverter() override
+    ~TPresetTableStore() override
     {
         for (int i = 0; i < N; ++i) {
             delete[] lut[i];
@@ -61,18 +62,15 @@ public:
         }
     }
 
-    // Builds the table of a preset if it is not up to date.
-    virtual bool UpdateLUT(unsigned char preset) = 0;
-
     bool lutValid[N] = {};
     float* lut[N] = {};
     unsigned char* lutStatus[N] = {};
 
 protected:
-    TPresetTableConverter() : CPresetTableConverter(N, static_cast<unsigned short>(Size - 1)) {}
+    TPresetTableStore() : CPresetTableConverter(N, static_cast<unsigned short>(Size - 1)) {}
 
-    // For UpdateLUT: fill(table, status) writes the table of preset unless it
-    // is up to date; false for a preset beyond N or when fill fails.
+    // fill(table, status) writes the table of preset unless it is up to
+    // date; false for a preset beyond N or when fill fails.
     template <class F>
     bool BuildTable(unsigned char preset, F&& fill)
     {
@@ -85,12 +83,28 @@ protected:
         return true;
     }
 
-    bool PresetTable(int preset, float*& table, unsigned char*& status) override
+    // PresetTable's answer from the stored tables, given whether the derived
+    // converter's UpdateLUT(preset) built that preset's.
+    bool StoredTable(bool built, int preset, float*& table, unsigned char*& status)
     {
-        if (!UpdateLUT(static_cast<unsigned char>(preset))) return false;
+        if (!built) return false;
         table = lut[preset];
         status = lutStatus[preset];
         return true;
+    }
+};
+
+// The same with UpdateLUT as every converter's way to a table.
+template <int N, unsigned int Size>
+class TPresetTableConverter : public TPresetTableStore<N, Size> {
+public:
+    // Builds the table of a preset if it is not up to date.
+    virtual bool UpdateLUT(unsigned char preset) = 0;
+
+protected:
+    bool PresetTable(int preset, float*& table, unsigned char*& status) override
+    {
+        return this->StoredTable(UpdateLUT(static_cast<unsigned char>(preset)), preset, table, status);
     }
 };
 

@@ -44,12 +44,6 @@ bool Convert(STypedData src, STypedData dst, unsigned char* status, unsigned int
 
 } // namespace
 
-bool CRGBConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<CRGBConverter>::Create,
-                                        &TConverterCreator<CRGBConverter>::Destroy);
-}
-
 bool CRGBConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray&)
 {
     if (base != unitRGB24 && base != unitRGB48) return false;

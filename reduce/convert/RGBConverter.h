@@ -3,22 +3,19 @@
 // float. Sources are 24-bit RGB (three bytes) or 48-bit RGB (three unsigned
 // 16-bit values), red first; values are not scaled.
 #include "reduce/convert/ConverterFactory.h"
+#include "reduce/convert/NamedConverter.h"
 
 namespace orv::reduce {
 
-class CRGBConverter : public IConverter {
+class CRGBConverter : public TNamedConverter<CRGBConverter, IConverter> {
 public:
     static constexpr const char* kName = "RGBConverter";
     static constexpr unsigned char kIDBytes[16] = {0x41, 0x47, 0xab, 0x40, 0xc8, 0xc1, 0xc4, 0x4e,
                                                    0xbc, 0x94, 0xca, 0x31, 0x31, 0xe3, 0xdc, 0xf6};
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
 
-    static bool Register();
     // Base 6 or 7: red, green, blue and their average.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     // A single value has no channels.
     bool BaseToOutput(float, float&, unsigned char&, unsigned char) override { return false; }

@@ -7,12 +7,6 @@
 
 namespace orv::reduce {
 
-bool CTemperatureConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<CTemperatureConverter>::Create,
-                                        &TConverterCreator<CTemperatureConverter>::Destroy);
-}
-
 bool CTemperatureConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray&)
 {
     if (!IsTemperatureUnit(base)) return false;

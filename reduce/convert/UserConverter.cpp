@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "reduce/convert/RadianceKernels.h"
-#include "reduce/kernels/LUT.h"
 #include "reduce/objects/ObjectParametersReduceObject.h"
 #include "reduce/objects/RCalReduceObject.h"
 #include "reduce/objects/SourceInfoReduceObject.h"
@@ -24,9 +23,6 @@ void ClearStatus(unsigned char* status, unsigned int n)
     if (status) std::memset(status, 0, n);
 }
 
-constexpr unsigned short kLUTLow = 0;
-constexpr unsigned short kLUTHigh = 65535;
-
 TSharedPtr<CRCalReduceObject> FindCalibration(CReduceObjectArray& objs)
 {
     return objs.GetObjectOfType(CRCalReduceObject::classTypeID(), -1, false).DynamicCast<CRCalReduceObject>();
@@ -43,12 +39,6 @@ TSharedPtr<CRCalReduceObject> FindCalibration(CReduceObjectArray& objs)
                ? CountsToTemperature(src, dst, __VA_ARGS__, RADIANCE, TEMPERATURE, commonParams)          \
                : CountsToRadiance(src, dst, __VA_ARGS__, RADIANCE, commonParams))
 
-bool CUserConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<CUserConverter>::Create,
-                                        &TConverterCreator<CUserConverter>::Destroy);
-}
-
 bool CUserConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts && base != unitRadianceUser) return false;
@@ -63,13 +53,7 @@ bool CUserConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObj
 
 CUserConverter::CUserConverter() = default;
 
-CUserConverter::~CUserConverter()
-{
-    for (int i = 0; i < 8; ++i) {
-        delete[] lut[i];
-        delete[] lutStatus[i];
-    }
-}
+CUserConverter::~CUserConverter() = default;
 
 bool CUserConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,
                             bool* presets, unsigned char numPresets, unsigned int reserved)
@@ -252,36 +236,17 @@ bool CUserConverter::Radiance(STypedData dst, STypedData src, const unsigned int
 
 bool CUserConverter::UpdateLUT(unsigned char preset)
 {
-    if (preset > 7) return false;
-    if (lutValid[preset]) return true;
-    if (!lut[preset]) lut[preset] = new float[kLUTSize];
-    if (!lutStatus[preset]) lutStatus[preset] = new unsigned char[kLUTSize];
-    CountsToRadiance(0, 65535, lut[preset], lutStatus[preset], false, 0, 0, 0, 0, coefficients[preset].data(),
-                     polyOrder[preset], background[preset], invTransmission);
-    if (outputUnit == unitTemperatureUser) {
-        STypedData table(lut[preset], dtFlt32);
-        TemperatureStep(table, table, kLUTSize, preset);
-    }
-    lutValid[preset] = true;
-    return true;
-}
-
-bool CUserConverter::UpdateAllLUTs(float** luts, unsigned char** statuses)
-{
-    for (unsigned char i = 0; i < 8; ++i)
-        if (presetActive[i] && !UpdateLUT(i)) return false;
-    const unsigned char first = firstActivePreset;
-    if (!UpdateLUT(first)) return false;
-    // The look-up kernel takes the table by the pixel's preset byte as it
-    // stands, so every byte value gets one: that of its low three bits, as
-    // the direct path reads them, and an inactive preset the first active
-    // preset's.
-    for (int i = 0; i < kPresetTables; ++i) {
-        const int k = presetActive[i & 7] ? (i & 7) : first;
-        luts[i] = lut[k];
-        statuses[i] = lutStatus[k];
-    }
-    return true;
+    return BuildTable(preset, [&](float* table, unsigned char* status) {
+        CountsToRadiance(0, 65535, table, status, false, 0, 0, 0, 0, coefficients[preset].data(),
+                         polyOrder[preset], background[preset], invTransmission);
+        // The temperature step's answer is not asked: the table stands as
+        // it comes out.
+        if (outputUnit == unitTemperatureUser) {
+            STypedData values(table, dtFlt32);
+            TemperatureStep(values, values, kLUTSize, preset);
+        }
+        return true;
+    });
 }
 
 bool CUserConverter::SignalToOutput(unsigned short first, unsigned short last, float* out, unsigned char* status,
@@ -302,12 +267,9 @@ bool CUserConverter::SignalToOutput(unsigned short first, unsigned short last, f
 
 bool CUserConverter::ConvertRegion(STypedData src, const SPixelRegion& region, STypedData dst, unsigned char* status)
 {
+    if (UseLUT()) return CPresetTableConverter::ConvertRegion(src, region, dst, status);
     if (BadTypes(src, dst)) return false;
     const unsigned char p = firstActivePreset;
-    if (UseLUT()) {
-        if (!UpdateLUT(p)) return false;
-        return ApplyLUT(src, dst, status, region, lut[p], lutStatus[p], kLUTLow, kLUTHigh);
-    }
     if (!BackgroundCovers(usesBackgroundImage ? region.End() : 0)) return false;
     const unsigned int n = region.PixelCount();
     ClearStatus(status, n);
@@ -338,13 +300,8 @@ bool CUserConverter::ConvertRegion(STypedData src, const SPixelRegion& region, S
 bool CUserConverter::ConvertRegion(STypedData src, const unsigned char* presetIndex, const SPixelRegion& region,
                                    STypedData dst, unsigned char* status)
 {
+    if (UseLUT()) return CPresetTableConverter::ConvertRegion(src, presetIndex, region, dst, status);
     if (BadTypes(src, dst)) return false;
-    if (UseLUT()) {
-        float* luts[kPresetTables];
-        unsigned char* statuses[kPresetTables];
-        if (!UpdateAllLUTs(luts, statuses)) return false;
-        return ApplyLUT(src, presetIndex, dst, status, region, luts, statuses, kLUTLow, kLUTHigh);
-    }
     if (!BackgroundCovers(usesBackgroundImage ? region.End() : 0)) return false;
     ClearStatus(status, region.PixelCount());
     return region.Forward([&](auto... a) -> bool {

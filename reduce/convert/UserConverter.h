@@ -6,31 +6,26 @@
 // depend on position, and frames are then computed directly.
 #include "orv/Array.h"
 #include "orv/SharedPtr.h"
-#include "reduce/convert/ConverterFactory.h"
+#include "reduce/convert/NamedConverter.h"
+#include "reduce/convert/PresetTableConverter.h"
 #include "reduce/convert/TemperatureKernels.h"
 #include "reduce/objects/RCalReduceObject.h"
 
 namespace orv::reduce {
 
-
-class CUserConverter : public IConverter {
+class CUserConverter : public TNamedConverter<CUserConverter, TPresetTableStore<8, 0x10000>> {
 public:
     static constexpr const char* kName = "UserConverter";
     static constexpr unsigned char kIDBytes[16] = {0x62, 0xc0, 0xa4, 0x10, 0xd2, 0x25, 0xef, 0x4e,
                                                    0xa1, 0x1c, 0xba, 0x8f, 0x7c, 0xa0, 0x0b, 0x35};
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
-    static constexpr unsigned int kLUTSize = 0x10000;
 
-    static bool Register();
     // Base 0 offers 0, 1, 2; base 1 offers 1, 2; both need a calibration with
     // coefficients.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CUserConverter();
     ~CUserConverter() override;
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     // False only without a calibration object.
     bool Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,
@@ -81,9 +76,6 @@ public:
     bool usesBackgroundImage = false;
     bool allHaveLookup = true;
     bool allHaveCoefficients = true;
-    float* lut[8] = {};
-    unsigned char* lutStatus[8] = {};
-    bool lutValid[8] = {};
     // No status byte of the table is set: frames then get their status as
     // one fill instead of a look-up per pixel.
     SRadianceParams radianceParams[8];
@@ -91,16 +83,15 @@ public:
     SCommonParams commonParams;
 
 private:
-    // Entries of the table arrays handed to the per-pixel preset look-up: one
-    // per value of a preset byte.
-    static constexpr int kPresetTables = 256;
     bool UseLUT() { return baseUnit == unitCounts && canUseLUT(); }
-    // Tables of all active presets, for the per-pixel preset forms, in
-    // arrays of kPresetTables entries.
-    bool UpdateAllLUTs(float** luts, unsigned char** statuses);
-    // The status array for the look-up kernel: null after filling n zero
-    // bytes when every table in use (preset p, or 255 for all active ones)
-    // has no status set.
+    // The look-up kernel takes a pixel's table by its preset byte's low
+    // three bits, as the direct path reads them; an inactive preset reads
+    // the first active preset's.
+    bool OwnTable(int preset) const override { return presetActive[preset]; }
+    bool PresetTable(int preset, float*& table, unsigned char*& status) override
+    {
+        return StoredTable(UpdateLUT(static_cast<unsigned char>(preset)), preset, table, status);
+    }
     // Whether the per-pixel backgrounds in use reach flat index end - 1: a
     // frame larger than the recording's would read past them.
     bool BackgroundCovers(size_t end) const;

@@ -48,6 +48,24 @@ public:
     uint32_t reserved = 255;
 };
 
+// A family's own record of the measurement situation with the eight scene
+// fields of p, which every such record names alike; its other members stay
+// as the record starts them.
+template <class T>
+T ObjectParamsAs(const CObjectParametersReduceObject& p)
+{
+    T o;
+    o.emissivity = p.emissivity;
+    o.distance = p.distance;
+    o.reflectedTemp = p.reflectedTemp;
+    o.atmosphereTemp = p.atmosphereTemp;
+    o.extOpticsTemp = p.extOpticsTemp;
+    o.extOpticsTransmission = p.extOpticsTransmission;
+    o.estAtmosphericTransmission = p.estAtmosphericTransmission;
+    o.relativeHumidity = p.relativeHumidity;
+    return o;
+}
+
 // The packed payload of versions above 0x10000: 96 bytes.
 namespace objectParametersRecord {
 using C = CObjectParametersReduceObject;

@@ -62,15 +62,7 @@ int RunSynthOmbria(const std::string& path, unsigned width, unsigned height, uns
     params->valid = true;
 
     // The converter reads these same records.
-    SObjectParams o;
-    o.emissivity = params->emissivity;
-    o.distance = params->distance;
-    o.reflectedTemp = params->reflectedTemp;
-    o.atmosphereTemp = params->atmosphereTemp;
-    o.extOpticsTemp = params->extOpticsTemp;
-    o.extOpticsTransmission = params->extOpticsTransmission;
-    o.estAtmosphericTransmission = params->estAtmosphericTransmission;
-    o.relativeHumidity = params->relativeHumidity;
+    const SObjectParams o = ObjectParamsAs<SObjectParams>(*params);
     const CMeasConv meas(&cal->adjust, &o, &cal->calib);
     return WriteSynthRecording(path, objs, width, height, frames, [&](double celsius, unsigned, unsigned, unsigned) {
         return meas.tempToImg(celsius + 273.15);

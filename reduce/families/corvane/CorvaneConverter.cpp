@@ -7,12 +7,6 @@
 
 namespace orv::reduce {
 
-bool CCorvaneConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<CCorvaneConverter>::Create,
-                                        &TConverterCreator<CCorvaneConverter>::Destroy);
-}
-
 bool CCorvaneConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts) return false;

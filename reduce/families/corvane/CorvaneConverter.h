@@ -5,26 +5,23 @@
 // its pixels come out 0 and flagged, its value forms false. Each preset has
 // a table of its own, so the per-pixel preset form flags the pixels of an
 // inactive preset too.
+#include "reduce/convert/NamedConverter.h"
 #include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/corvane/SpanFitConv.h"
 
 namespace orv::reduce {
 
-class CCorvaneConverter : public TPresetTableConverter<8, 0x10000> {
+class CCorvaneConverter : public TNamedConverter<CCorvaneConverter, TPresetTableConverter<8, 0x10000>> {
 public:
     static constexpr const char* kName = "CorvaneConverter";
     static constexpr unsigned char kIDBytes[16] = {0x7d, 0xf4, 0x1c, 0x62, 0xae, 0x1e, 0x68, 0x4d,
                                                    0xa3, 0xe5, 0x37, 0x9f, 0x1a, 0xd7, 0x6f, 0x62};
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
 
-    static bool Register();
     // Base 0 with a Corvane calibration: 0, 5.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CCorvaneConverter() = default;
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     bool Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,
                 bool* presets, unsigned char numPresets, unsigned int reserved) override;

@@ -22,13 +22,6 @@ TSharedPtr<CMarloweFactoryCalReduceObject> Calibration(CReduceObjectArray& objs,
 
 } // namespace
 
-bool CMarloweConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits,
-                                        &TConverterCreator<CMarloweConverter>::Create,
-                                        &TConverterCreator<CMarloweConverter>::Destroy);
-}
-
 bool CMarloweConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts) return false;

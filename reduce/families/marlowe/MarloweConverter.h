@@ -4,12 +4,13 @@
 // through a 16384-entry table per preset, built when first needed after any
 // Update or change of object parameters.
 #include "orv/Array.h"
+#include "reduce/convert/NamedConverter.h"
 #include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/marlowe/MrlConv.h"
 
 namespace orv::reduce {
 
-class CMarloweConverter : public TPresetTableConverter<4, 16384> {
+class CMarloweConverter : public TNamedConverter<CMarloweConverter, TPresetTableConverter<4, 16384>> {
 public:
     static constexpr const char* kName = "MarloweConverter";
     static constexpr unsigned char kIDBytes[16] = {0x00, 0xb3, 0x05, 0x38, 0x34, 0x18, 0x64, 0x4f,
@@ -19,15 +20,11 @@ public:
     // A range of at least this many signals is served from the table.
     static constexpr unsigned int kTableRange = 8193;
 
-    static bool Register();
     // Base 0 with a calibration for a preset the source info marks
     // available: 0, 4, 5.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CMarloweConverter() = default;
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     // False without source info, or when an active preset has no
     // calibration (earlier presets stay updated).

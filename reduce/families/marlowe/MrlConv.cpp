@@ -28,20 +28,6 @@ unsigned short ToSignal(double v)
     return static_cast<unsigned short>(low);
 }
 
-SMrlObjectParams FromObject(const CObjectParametersReduceObject& p)
-{
-    SMrlObjectParams o;
-    o.emissivity = p.emissivity;
-    o.distance = p.distance;
-    o.reflectedTemp = p.reflectedTemp;
-    o.atmosphereTemp = p.atmosphereTemp;
-    o.extOpticsTemp = p.extOpticsTemp;
-    o.extOpticsTransmission = p.extOpticsTransmission;
-    o.estAtmosphericTransmission = p.estAtmosphericTransmission;
-    o.relativeHumidity = p.relativeHumidity;
-    return o;
-}
-
 } // namespace
 
 double CMrlConv::rbfTempToRad(double T, double R, double B, double F)
@@ -106,7 +92,7 @@ double CMrlConv::calcTao(double relativeHumidity, double atmosphereTemp, double 
 
 void CMrlConv::Init(const CMarloweFactoryCalReduceObject& c, const CObjectParametersReduceObject& params)
 {
-    Init(c, FromObject(params));
+    Init(c, ObjectParamsAs<SMrlObjectParams>(params));
 }
 
 void CMrlConv::Init(const CMarloweFactoryCalReduceObject& c, const SMrlObjectParams& params)
@@ -158,7 +144,7 @@ void CMrlConv::Init(const CMarloweFactoryCalReduceObject& c, const SMrlObjectPar
 
 void CMrlConv::ReInit(const CObjectParametersReduceObject& params)
 {
-    ReInit(FromObject(params));
+    ReInit(ObjectParamsAs<SMrlObjectParams>(params));
 }
 
 void CMrlConv::ReInit(const SMrlObjectParams& params)

@@ -24,27 +24,7 @@ bool Finite(const SAdjustParams& a, const SCalibParams& c)
     return true;
 }
 
-SObjectParams FromObject(const CObjectParametersReduceObject& p)
-{
-    SObjectParams o;
-    o.emissivity = p.emissivity;
-    o.distance = p.distance;
-    o.reflectedTemp = p.reflectedTemp;
-    o.atmosphereTemp = p.atmosphereTemp;
-    o.extOpticsTemp = p.extOpticsTemp;
-    o.extOpticsTransmission = p.extOpticsTransmission;
-    o.estAtmosphericTransmission = p.estAtmosphericTransmission;
-    o.relativeHumidity = p.relativeHumidity;
-    return o;
-}
-
 } // namespace
-
-bool COmbriaConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits, &TConverterCreator<COmbriaConverter>::Create,
-                                        &TConverterCreator<COmbriaConverter>::Destroy);
-}
 
 bool COmbriaConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
@@ -57,7 +37,7 @@ bool COmbriaConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceO
     return true;
 }
 
-COmbriaConverter::COmbriaConverter() : CPresetTableConverter(1, static_cast<unsigned short>(kLUTSize - 1)) {}
+COmbriaConverter::COmbriaConverter() : TNamedConverter(1, static_cast<unsigned short>(kLUTSize - 1)) {}
 
 COmbriaConverter::~COmbriaConverter()
 {
@@ -83,7 +63,7 @@ bool COmbriaConverter::Update(EUnit base, ETempType baseTemp, CReduceObjectArray
     std::fill(std::begin(calib.reserved), std::end(calib.reserved), uint8_t(0));
     SObjectParams object;
     if (params) {
-        object = FromObject(*params);
+        object = ObjectParamsAs<SObjectParams>(*params);
     } else {
         // The defaults of a recording without object parameters, which
         // differ from setDefObjPar in distance and humidity: intended.

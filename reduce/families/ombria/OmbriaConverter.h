@@ -3,12 +3,13 @@
 // and temperature through CMeasConv. One calibration is in force for all
 // presets, so every count maps to one value and frames go through one
 // 65536-entry table.
+#include "reduce/convert/NamedConverter.h"
 #include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/ombria/MeasConv.h"
 
 namespace orv::reduce {
 
-class COmbriaConverter : public CPresetTableConverter {
+class COmbriaConverter : public TNamedConverter<COmbriaConverter, CPresetTableConverter> {
 public:
     static constexpr const char* kName = "OmbriaConverter";
     static constexpr unsigned char kIDBytes[16] = {0xab, 0x93, 0x16, 0xe8, 0xb6, 0xb4, 0xc4, 0x4e,
@@ -16,15 +17,11 @@ public:
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
     static constexpr unsigned int kLUTSize = 0x10000;
 
-    static bool Register();
     // Base 0 with an Ombria calibration: 0, 4, 3, 5.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     COmbriaConverter();
     ~COmbriaConverter() override;
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     // False without a valid calibration object of preset 0, or with one
     // whose numbers are not finite.

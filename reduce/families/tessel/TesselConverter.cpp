@@ -24,21 +24,11 @@ TSharedPtr<CTesselFactoryCalReduceObject> Calibration(CReduceObjectArray& objs, 
 
 _object_par_t ObjectRecord(const CObjectParametersReduceObject* p)
 {
+    if (p) return ObjectParamsAs<_object_par_t>(*p);
+    // What a recording without object parameters is taken to show.
     _object_par_t o;
-    if (!p) {
-        // What a recording without object parameters is taken to show.
-        o.distance = 2.0f;
-        o.relativeHumidity = 0.3f;
-        return o;
-    }
-    o.emissivity = p->emissivity;
-    o.distance = p->distance;
-    o.reflectedTemp = p->reflectedTemp;
-    o.atmosphereTemp = p->atmosphereTemp;
-    o.extOpticsTemp = p->extOpticsTemp;
-    o.extOpticsTransmission = p->extOpticsTransmission;
-    o.estAtmosphericTransmission = p->estAtmosphericTransmission;
-    o.relativeHumidity = p->relativeHumidity;
+    o.distance = 2.0f;
+    o.relativeHumidity = 0.3f;
     return o;
 }
 
@@ -94,13 +84,6 @@ void TesselRecords(const CTesselFactoryCalReduceObject& cal, _adjust_par_t& a, _
     d.driftOn = c.driftK0 > 0.0f;
 }
 
-bool CTesselConverter::Register()
-{
-    return converterFactory()->Register(kName, classID, &SupportedUnits,
-                                        &TConverterCreator<CTesselConverter>::Create,
-                                        &TConverterCreator<CTesselConverter>::Destroy);
-}
-
 bool CTesselConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs)
 {
     if (base != unitCounts) return false;
@@ -112,7 +95,7 @@ bool CTesselConverter::SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceO
     return true;
 }
 
-CTesselConverter::CTesselConverter() : CPresetTableConverter(kPresets, kHigh)
+CTesselConverter::CTesselConverter() : TNamedConverter(kPresets, kHigh)
 {
     for (CTesMeasConv*& c : conv) c = new CTesMeasConv;
 }

@@ -5,6 +5,7 @@
 // the drift correction (docs/tessel.md), so a caller that updates per frame
 // follows the camera's warm-up.
 #include "orv/Array.h"
+#include "reduce/convert/NamedConverter.h"
 #include "reduce/convert/PresetTableConverter.h"
 #include "reduce/families/tessel/TesMeasConv.h"
 
@@ -19,7 +20,7 @@ inline constexpr const char* kTesselSensorKeys[3] = {"TempSens9", "TempSens10", 
 void TesselRecords(const CTesselFactoryCalReduceObject& cal, _adjust_par_t& adjust, _cal_param_t& calib,
                    _tdrift_par_t& drift);
 
-class CTesselConverter : public CPresetTableConverter {
+class CTesselConverter : public TNamedConverter<CTesselConverter, CPresetTableConverter> {
 public:
     static constexpr const char* kName = "TesselConverter";
     static constexpr unsigned char kIDBytes[16] = {0x6e, 0x7a, 0xb9, 0x1d, 0x8b, 0x88, 0xd3, 0x45,
@@ -27,15 +28,11 @@ public:
     static constexpr SGuid classID = GuidFromBytes(kIDBytes);
     static constexpr int kPresets = 4;
 
-    static bool Register();
     // Base 0 with a Tessel calibration: 0, 4, 3, 5.
     static bool SupportedUnits(TArray<EUnit>& units, EUnit base, CReduceObjectArray& objs);
 
     CTesselConverter();
     ~CTesselConverter() override;
-
-    CString name() override { return kName; }
-    SGuid id() override { return classID; }
 
     // False when an active preset has no valid calibration.
     bool Update(EUnit base, ETempType baseTemp, CReduceObjectArray& objs, EUnit out, ETempType outTemp,
