@@ -76,8 +76,6 @@ public:
     bool usesBackgroundImage = false;
     bool allHaveLookup = true;
     bool allHaveCoefficients = true;
-    // No status byte of the table is set: frames then get their status as
-    // one fill instead of a look-up per pixel.
     SRadianceParams radianceParams[8];
     STemperatureParams temperatureParams[8];
     SCommonParams commonParams;
